@@ -1,0 +1,29 @@
+#pragma once
+
+#include "Platform/Entities/PeerTable/Peer.h"
+#include "Platform/Orm/CollectionOwner.h"
+
+namespace Controller {
+
+/// The switches that are connected: a key that is present means that the switch is.
+class PeerTable : public Orm::CollectionOwner, private Kobble::Counted<PeerTable> {
+ public:
+  struct Attr {
+    enum : Orm::AttributeId { peer };
+  };
+  using Peers = Orm::Collection<Orm::Ptr<Peer>, &Peer::systemId>;
+
+  const Peers& peer() const { return peer_; }
+  Peer* peer(const SystemId& systemId) const { return peer_.find(systemId); }
+
+  Orm::Ptr<Peer> peerIs(const SystemId& systemId, const Pomix::IpAddrPort& clientAddress);
+  /// Puts in a peer that was built before, so that it is seen complete. Its key must be absent.
+  void peerIs(Orm::Ptr<Peer> peer) { memberIs(peer_, Attr::peer, std::move(peer)); }
+  void peerDel(const SystemId& systemId) { memberDel(peer_, Attr::peer, systemId); }
+  void peerDelAll() { memberDelAll(peer_, Attr::peer); }
+
+ private:
+  Peers peer_;
+};
+
+}  // namespace Controller

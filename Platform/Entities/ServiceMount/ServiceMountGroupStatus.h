@@ -1,0 +1,62 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "Platform/Entities/ServiceMount/MountStatus.h"
+#include "Platform/Orm/CollectionOwner.h"
+
+namespace Controller {
+
+/// The mounts of one mount group from one switch.
+///
+/// Counts its members by state, so that the group's own state follows from a change of one mount
+/// without a look at the others.
+class ServiceMountGroupStatus : public Orm::CollectionOwner,
+                                private Kobble::Counted<ServiceMountGroupStatus> {
+ public:
+  struct Attr {
+    enum : Orm::AttributeId { mountStatus, mountState, processed };
+  };
+  using MountStatuses = Orm::Collection<Orm::Ptr<MountStatus>, &MountStatus::path>;
+
+  explicit ServiceMountGroupStatus(Orm::String groupName) : groupName_(std::move(groupName)) {}
+  ~ServiceMountGroupStatus() override;
+
+  const Orm::String& groupName() const { return groupName_; }
+
+  /// By remote path.
+  const MountStatuses& mountStatus() const { return mountStatus_; }
+  MountStatus* mountStatus(const Orm::String& path) const { return mountStatus_.find(path); }
+  Orm::Ptr<MountStatus> mountStatusIs(const Orm::String& path);
+  void mountStatusDel(const Orm::String& path);
+  void mountStatusDelAll();
+  /// How many of the paths are in `state`. O(1).
+  std::uint32_t mountStatusCount(MountState state) const {
+    return count_[static_cast<std::size_t>(state)];
+  }
+
+  /// The group's own state on the switch.
+  MountState mountState() const { return mountState_; }
+  void mountStateIs(MountState state) { assign(mountState_, state, Attr::mountState); }
+
+  /// The mount side has looked at the switch for this group at least once.
+  bool processed() const { return processed_; }
+  void processedIs(bool processed) { assign(processed_, processed, Attr::processed); }
+
+ private:
+  friend class MountStatus;
+  void memberMoved(MountState from, MountState to) {
+    --count_[static_cast<std::size_t>(from)];
+    ++count_[static_cast<std::size_t>(to)];
+  }
+  void memberLeft(MountStatus& status);
+
+  Orm::String groupName_;
+  MountStatuses mountStatus_;
+  std::array<std::uint32_t, kMountStates> count_{};
+  MountState mountState_ = MountState::unmounted;
+  bool processed_ = false;
+};
+
+}  // namespace Controller

@@ -1,0 +1,38 @@
+#include "Platform/Orm/ActivityScope.h"
+
+#include <vector>
+
+namespace Orm {
+
+namespace {
+
+struct Zombie {
+  const void* object;
+  void (*destroy)(const void*);
+};
+
+// Kept between scopes, so that letting go of an object does not allocate in the long run.
+std::vector<Zombie>& zombieList() {
+  static std::vector<Zombie> theList;
+  return theList;
+}
+
+}  // namespace
+
+void ActivityScope::reclaimLater(const void* object, Destroy destroy) {
+  zombieList().push_back({object, destroy});
+  ++zombies_;
+}
+
+void ActivityScope::reclaim() {
+  // What a destructor lets go of joins the list and is taken in the same sweep.
+  auto& list = zombieList();
+  while (!list.empty()) {
+    const Zombie zombie = list.back();
+    list.pop_back();
+    --zombies_;
+    zombie.destroy(zombie.object);
+  }
+}
+
+}  // namespace Orm

@@ -1,0 +1,286 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "Platform/Kobble/Kobble.h"
+#include "Platform/Orm/ActivityScope.h"
+#include "Platform/Orm/Assert.h"
+
+namespace Orm {
+
+/// A hash table whose members stand in a dense array in order of insertion, with an index of
+/// 32-bit places beside it; the ground that the collections stand on.
+///
+/// Traits: Slot and Key; `const Key& key(const Slot&)`, `bool live(const Slot&)`,
+/// `void kill(Slot&)` (leaves a slot that is not live), `std::uint32_t hash(const Key&)`.
+///
+/// find, insert and take are O(1) (amortised); up to kLinear members there is no index at all and
+/// a search compares one by one. Walks visit the members that are present when they begin and are
+/// reached, in order of insertion; members may come and go during a walk, the one that is visited
+/// too. A member that comes during a walk is not visited by it, also when it stands under the key
+/// of one that went. Insertion and removal invalidate references to slots.
+template <class Traits>
+class DenseTable {
+ public:
+  using Slot = typename Traits::Slot;
+  using Key = typename Traits::Key;
+
+  DenseTable() = default;
+  DenseTable(const DenseTable&) = delete;
+  DenseTable& operator=(const DenseTable&) = delete;
+  ~DenseTable() {
+    assertThat(walks_ == 0, "walks_ == 0");
+    clear();
+  }
+
+  std::uint32_t size() const { return used_ - dead_; }
+  bool empty() const { return used_ == dead_; }
+
+  Slot* find(const Key& key) const {
+    const std::uint32_t at = place(key);
+    return at == kNowhere ? nullptr : slots_ + at;
+  }
+
+  /// Appends a slot whose key is absent.
+  Slot& insert(Slot slot) {
+    if (used_ == capacity_) makeRoom();
+    Slot* const added = std::construct_at(slots_ + used_, std::move(slot));
+    ++used_;
+    if (index_) {
+      enter(used_ - 1);
+    } else if (used_ > kLinear) {
+      reindex();
+    }
+    return *added;
+  }
+
+  /// Takes the member out; the slot that is returned is not live when there was none.
+  Slot take(const Key& key) {
+    const std::uint32_t at = place(key);
+    if (at == kNowhere) return Slot();
+    Slot taken = remove(at);
+    tidy();
+    return taken;
+  }
+
+  void clear() {
+    if (walks_ != 0) {
+      // A walk is under way: its places must stay what they are. Each member goes when the table
+      // no longer knows it, and may change the table then.
+      dropIndex();
+      for (std::uint32_t at = 0, end = used_; at != end; ++at) {
+        if (Traits::live(slots_[at])) static_cast<void>(remove(at));
+      }
+      return;
+    }
+    Slot* const slots = std::exchange(slots_, nullptr);
+    const std::uint32_t used = std::exchange(used_, 0);
+    const std::uint32_t capacity = std::exchange(capacity_, 0);
+    dead_ = 0;
+    dropIndex();
+    std::destroy_n(slots, used);
+    if (slots) Kobble::deallocate(slots, capacity * sizeof(Slot));
+  }
+
+  /// Calls visit(slot) for each member; see above for what may happen meanwhile. The slot is only
+  /// valid until the table changes, so visit copies what it needs beyond that.
+  template <class Visit>
+  void walk(Visit&& visit) const {
+    const Walk guard(*this);
+    for (std::uint32_t at = 0, end = used_; at != end; ++at) {
+      if (Traits::live(slots_[at])) visit(slots_[at]);
+    }
+  }
+
+  /// Plain iteration, for bodies that change nothing of the table.
+  class Iterator {
+   public:
+    Iterator(const Slot* at, const Slot* end) : at_(at), end_(end) { skip(); }
+    const Slot& operator*() const { return *at_; }
+    Iterator& operator++() {
+      ++at_;
+      skip();
+      return *this;
+    }
+    bool operator==(const Iterator& other) const { return at_ == other.at_; }
+
+   private:
+    void skip() {
+      while (at_ != end_ && !Traits::live(*at_)) ++at_;
+    }
+    const Slot* at_;
+    const Slot* end_;
+  };
+  Iterator begin() const { return {slots_, slots_ + used_}; }
+  Iterator end() const { return {slots_ + used_, slots_ + used_}; }
+
+ private:
+  static constexpr std::uint32_t kLinear = 8;
+  static constexpr std::uint32_t kNowhere = ~0U;
+
+  /// While one exists no slot changes its place.
+  class Walk {
+   public:
+    explicit Walk(const DenseTable& table) : table_(const_cast<DenseTable&>(table)) {
+      ++table_.walks_;
+    }
+    ~Walk() {
+      if (--table_.walks_ == 0) table_.tidy();
+    }
+    Walk(const Walk&) = delete;
+    Walk& operator=(const Walk&) = delete;
+
+   private:
+    const ActivityScope scope_;  // a machine that owns the table outlives the walk
+    DenseTable& table_;
+  };
+
+  // An index entry is 0 or, in its low `bits_` bits, a place plus one, and above them bits of the
+  // member's hash, so that most mismatches are seen without going to the member. The top `bits_`
+  // bits of the hash say where the search begins.
+  std::uint32_t mask() const { return (1U << bits_) - 1; }
+  std::uint32_t home(std::uint32_t hash) const { return hash >> (32 - bits_); }
+  std::uint32_t entryOf(std::uint32_t hash, std::uint32_t at) const {
+    return (hash << bits_) | (at + 1);
+  }
+
+  std::uint32_t place(const Key& key) const {
+    if (!index_) {
+      for (std::uint32_t at = 0; at != used_; ++at) {
+        if (Traits::live(slots_[at]) && Traits::key(slots_[at]) == key) return at;
+      }
+      return kNowhere;
+    }
+    const std::uint32_t hash = Traits::hash(key);
+    const std::uint32_t low = mask();
+    const std::uint32_t tag = hash << bits_;
+    for (std::uint32_t i = home(hash);; i = (i + 1) & low) {
+      const std::uint32_t entry = index_[i];
+      if (entry == 0) return kNowhere;
+      if ((entry & ~low) == tag) {
+        const std::uint32_t at = (entry & low) - 1;
+        if (Traits::key(slots_[at]) == key) return at;
+      }
+    }
+  }
+
+  void enter(std::uint32_t at) {
+    // Three quarters full at the most; a place plus one must fit in bits_ bits as well.
+    if (size() * 4 > (mask() + 1) * 3 || at + 1 > mask()) {
+      reindex();
+      return;
+    }
+    put(at);
+  }
+
+  void put(std::uint32_t at) {
+    const std::uint32_t hash = Traits::hash(Traits::key(slots_[at]));
+    std::uint32_t i = home(hash);
+    while (index_[i] != 0) i = (i + 1) & mask();
+    index_[i] = entryOf(hash, at);
+  }
+
+  /// Takes the place out of the index and closes the gap.
+  void leave(std::uint32_t at) {
+    const std::uint32_t low = mask();
+    std::uint32_t gap = home(Traits::hash(Traits::key(slots_[at])));
+    while ((index_[gap] & low) != at + 1) gap = (gap + 1) & low;
+    for (std::uint32_t i = gap;;) {
+      i = (i + 1) & low;
+      if (index_[i] == 0) break;
+      const std::uint32_t its = home(Traits::hash(Traits::key(slots_[(index_[i] & low) - 1])));
+      if (((i - its) & low) >= ((i - gap) & low)) {
+        index_[gap] = index_[i];
+        gap = i;
+      }
+    }
+    index_[gap] = 0;
+  }
+
+  /// Leaves a dead slot at the place of the member that is returned.
+  Slot remove(std::uint32_t at) {
+    if (index_) leave(at);
+    Slot taken = std::move(slots_[at]);
+    Traits::kill(slots_[at]);
+    ++dead_;
+    return taken;
+  }
+
+  void dropIndex() {
+    if (index_) Kobble::deallocate(index_, sizeof(std::uint32_t) << bits_);
+    index_ = nullptr;
+    bits_ = 0;
+  }
+
+  /// Builds the index anew, for at least the present number of members and places.
+  void reindex() {
+    std::uint8_t bits = 4;
+    while (size() * 3 > (1U << bits) * 2 || used_ > (1U << bits) - 1) ++bits;
+    dropIndex();
+    bits_ = bits;
+    const std::size_t bytes = sizeof(std::uint32_t) << bits_;
+    index_ = static_cast<std::uint32_t*>(Kobble::allocate(bytes));
+    std::fill_n(index_, std::size_t{1} << bits_, 0U);
+    for (std::uint32_t at = 0; at != used_; ++at) {
+      if (Traits::live(slots_[at])) put(at);
+    }
+  }
+
+  void makeRoom() {
+    if (walks_ == 0 && dead_ * 4 >= used_ && dead_ != 0) {
+      compact();
+      return;
+    }
+    const std::uint32_t capacity =
+        capacity_ < 4 ? capacity_ + 1 + capacity_ / 2 : capacity_ + capacity_ / 2;
+    auto* const slots = static_cast<Slot*>(Kobble::allocate(capacity * sizeof(Slot)));
+    std::uninitialized_move_n(slots_, used_, slots);
+    std::destroy_n(slots_, used_);
+    if (slots_) Kobble::deallocate(slots_, capacity_ * sizeof(Slot));
+    slots_ = slots;
+    capacity_ = capacity;
+  }
+
+  /// Gives up dead slots when there are enough of them to pay for the work.
+  void tidy() {
+    if (walks_ != 0 || dead_ == 0) return;
+    if (dead_ == used_) {
+      clear();
+    } else if (dead_ * 2 > used_) {
+      compact();
+    } else if (!Traits::live(slots_[used_ - 1])) {
+      std::destroy_at(slots_ + --used_);
+      --dead_;
+    }
+  }
+
+  void compact() {
+    std::uint32_t to = 0;
+    for (std::uint32_t at = 0; at != used_; ++at) {
+      if (!Traits::live(slots_[at])) continue;
+      if (to != at) slots_[to] = std::move(slots_[at]);
+      ++to;
+    }
+    std::destroy_n(slots_ + to, used_ - to);
+    used_ = to;
+    dead_ = 0;
+    if (used_ > kLinear) {
+      reindex();
+    } else {
+      dropIndex();
+    }
+  }
+
+  Slot* slots_ = nullptr;
+  std::uint32_t* index_ = nullptr;
+  std::uint32_t used_ = 0;  // places taken, dead ones included
+  std::uint32_t dead_ = 0;
+  std::uint32_t capacity_ = 0;
+  std::uint16_t walks_ = 0;
+  std::uint8_t bits_ = 0;
+};
+
+}  // namespace Orm
