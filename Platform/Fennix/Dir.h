@@ -10,8 +10,8 @@ namespace Fennix {
 ///
 /// Held by its parent's collection; the root by its maker. Its path starts with "/" and never
 /// changes. In a path that is looked up or created below a directory a leading "/" and empty
-/// components mean nothing. Loop thread only. A lookup costs one hash search a component and
-/// allocates nothing for components that are short.
+/// components mean nothing. Loop thread only. A lookup costs one String and one hash search a
+/// component.
 class Dir : public Orm::CollectionOwner, private Kobble::Counted<Dir> {
  public:
   struct Attr {

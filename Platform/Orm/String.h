@@ -75,6 +75,7 @@ class String {
   }
   friend bool operator==(const String& a, std::string_view b) noexcept { return a.view() == b; }
   friend bool operator==(const String& a, const char* b) noexcept { return a.view() == b; }
+  friend bool operator==(const String& a, const std::string& b) noexcept { return a.view() == b; }
   friend std::strong_ordering operator<=>(const String& a, const String& b) noexcept {
     return a.view() <=> b.view();
   }

@@ -118,7 +118,7 @@ char* copy(char* to, const T& value) {
   } else {
     const ArgumentHead head{Kind::text, static_cast<std::uint32_t>(value.size())};
     std::memcpy(to, &head, sizeof head);
-    if (!value.empty()) std::memcpy(to + sizeof head, value.data(), value.size());
+    value.copy(to + sizeof head, value.size());
   }
   return to + bytesOf(value);
 }

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+
+#include "Controllerdb/MountsRegistry/MounterName.h"
+#include "Platform/Entities/ServiceMount/MountConfig.h"
+#include "Platform/Entities/ServiceMount/ServiceMountGroupConfig.h"
+#include "Platform/Entities/ServiceMount/ServiceMountStatus.h"
+
+namespace Controller {
+
+/// A service that wants a mount entry mounted. A member of the entry, keyed by the service's name
+/// alone: a service has one mounter an entry, whichever of its groups asked first.
+class Mounter : public Orm::Entity, private Kobble::Counted<Mounter> {
+ public:
+  Mounter(MounterName mounterName, Orm::Ptr<MountConfig const> mountConfig,
+          Orm::Ptr<ServiceMountGroupConfig const> mountGroupConfig,
+          Orm::Ptr<ServiceMountStatus> serviceMountStatus)
+      : mounterName_(std::move(mounterName)),
+        mountConfig_(std::move(mountConfig)),
+        mountGroupConfig_(std::move(mountGroupConfig)),
+        serviceMountStatus_(std::move(serviceMountStatus)) {}
+
+  const MounterName& mounterName() const { return mounterName_; }
+  const Orm::String& serviceName() const { return mounterName_.serviceName; }
+  const Orm::String& groupName() const { return mounterName_.groupName; }
+
+  const Orm::Ptr<MountConfig const>& mountConfig() const { return mountConfig_; }
+  /// The group whose filters and preserve flag apply; may be null.
+  const Orm::Ptr<ServiceMountGroupConfig const>& mountGroupConfig() const {
+    return mountGroupConfig_;
+  }
+  const Orm::Ptr<ServiceMountStatus>& serviceMountStatus() const { return serviceMountStatus_; }
+
+  /// Room for the mount side; nobody is told of a change.
+  std::uint64_t mountSideNote() const { return mountSideNote_; }
+  void mountSideNoteIs(std::uint64_t note) { mountSideNote_ = note; }
+
+ private:
+  MounterName mounterName_;
+  Orm::Ptr<MountConfig const> mountConfig_;
+  Orm::Ptr<ServiceMountGroupConfig const> mountGroupConfig_;
+  Orm::Ptr<ServiceMountStatus> serviceMountStatus_;
+  std::uint64_t mountSideNote_ = 0;
+};
+
+}  // namespace Controller

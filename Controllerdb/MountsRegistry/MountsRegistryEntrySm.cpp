@@ -1,0 +1,521 @@
+#include "Controllerdb/MountsRegistry/MountsRegistryEntrySm.h"
+
+#include <algorithm>
+
+#include "Controllerdb/MountsRegistry/MountsRegistry.h"
+#include "Controllerdb/MountsRegistry/MountsRegistrySm.h"
+#include "Controllerdb/MountsRegistry/MountsRegistryTrace.h"
+#include "Controllerdb/MountsRegistry/ProxyServiceName.h"
+#include "Platform/Orm/ActivityManagerConfig.h"
+
+// The machine's mounters, its decisions and what it does about them; what it makes of the mounts'
+// reports is in MountsRegistryEntrySmStatus.cpp.
+namespace Controller {
+
+using Orm::Ptr;
+using Orm::String;
+
+Ptr<MountsRegistryEntrySm> mountsRegistryEntrySmFactory(
+    const Ptr<MountsRegistryEntry>& registryEntry,
+    const Ptr<ControllerOob::Status const>& oobStatus,
+    const Ptr<ServiceConfigDir const>& serviceConfigDir, const Ptr<Fennix::Dir>& directory,
+    MountsRegistrySm* mountsRegistrySm) {
+  return Orm::make<MountsRegistryEntrySm>(registryEntry, oobStatus, serviceConfigDir, directory,
+                                          mountsRegistrySm);
+}
+
+namespace {
+
+std::int32_t wholeSeconds(Orm::Seconds seconds) {
+  constexpr auto kLongest = static_cast<Orm::Seconds>(MountsRegistryEntrySm::kNoTimeout);
+  return static_cast<std::int32_t>(std::min(seconds, kLongest));
+}
+
+}  // namespace
+
+// ---- construct
+
+MountsRegistryEntrySm::MountsRegistryEntrySm(Ptr<MountsRegistryEntry> registryEntry,
+                                             Ptr<ControllerOob::Status const> oobStatus,
+                                             Ptr<ServiceConfigDir const> serviceConfigDir,
+                                             Ptr<Fennix::Dir> directory,
+                                             MountsRegistrySm* mountsRegistrySm)
+    : registryEntry_(std::move(registryEntry)),
+      oobStatus_(std::move(oobStatus)),
+      serviceConfigDir_(std::move(serviceConfigDir)),
+      directory_(std::move(directory)),
+      mountsRegistrySm_(mountsRegistrySm),
+      order_(mountsRegistrySm->nextOrder()),
+      ormMountsRegistryEntry_(this),
+      timeoutClock_(this) {
+  ormMountsRegistryEntry_.notifierIs(registryEntry_);
+  handleMounter();
+  handleInitialized();
+}
+
+MountsRegistryEntrySm::~MountsRegistryEntrySm() { leaveIndex(); }
+
+void MountsRegistryEntrySm::handleInitialized() {
+  timeoutClockIs(Orm::ActivityManagerConfig::instance()->clock());
+  timeoutClock_.timeMinIs(Orm::kNever);
+  initialized_ = true;
+  // The prefix is misspelt in this one trace; tools know it by that.
+  REGISTRY_TRACE(8, "MoutnsRegistryEntrySm::", "handleInitialized");
+  handleSwitchConnection();
+}
+
+void MountsRegistryEntrySm::hasNotificationActiveIs(bool active) {
+  ormMountsRegistryEntry_.hasNotificationActiveIs(active);
+  timeoutClock_.hasNotificationActiveIs(active);
+  for (const auto& mounter : mounterConfigSm_) mounter->hasNotificationActiveIs(active);
+  for (const auto& mount : mountSmDataSm_) mount->hasNotificationActiveIs(active);
+}
+
+// ---- react: mounters
+
+void MountsRegistryEntrySm::OrmMountsRegistryEntry::onAttribute(Orm::AttributeId attribute,
+                                                                const Orm::Key& key) {
+  if (attribute == MountsRegistryEntry::Attr::mounter) owner()->handleMounter(key.as<String>());
+}
+
+void MountsRegistryEntrySm::handleMounter() {
+  registryEntry_->mounter().walk(
+      [this](const Mounter& mounter) { handleMounter(mounter.serviceName()); });
+}
+
+void MountsRegistryEntrySm::handleMounter(const String& serviceName) {
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "handleMounter", " ", entryName());
+  indexMounter(serviceName);
+  evaluateMounters();
+  const Ptr<MounterConfigSm> machine(mounterConfigSm_.find(serviceName));
+  const Ptr<Mounter> mounter(registryEntry_->mounter(serviceName));
+  if (!mounter) {
+    if (!machine) return;
+    REGISTRY_MESSAGE(5, "void Controller::MountsRegistryEntrySm::handleMounter(const String&)",
+                     " mounter gone:%s service:%s", entryName(), serviceName);
+    mounterConfigSmDel(serviceName);
+    handleSwitchConnection();
+    return;
+  }
+  if (machine) return;
+  REGISTRY_MESSAGE(5, "void Controller::MountsRegistryEntrySm::handleMounter(const String&)",
+                   " new mounter:%s service:%s group:%s", entryName(), serviceName,
+                   mounter->groupName());
+  mounterConfigSmIs(mounter);
+  handleSwitchConnection();
+}
+
+void MountsRegistryEntrySm::handleMounterFilters() {
+  evaluateMounters();
+  handleSwitchConnection();
+}
+
+Ptr<MounterConfigSm> MountsRegistryEntrySm::mounterConfigSmIs(const Ptr<Mounter>& mounter) {
+  if (MounterConfigSm* present = mounterConfigSm_.find(mounter->serviceName())) return present;
+  Ptr<MounterConfigSm> machine = mounterConfigSmFactory(mounter, this);
+  mounterConfigSm_.insert(machine);
+  return machine;
+}
+
+void MountsRegistryEntrySm::mounterConfigSmDel(const String& serviceName) {
+  if (const Ptr<MounterConfigSm> gone = mounterConfigSm_.take(serviceName)) gone->doCleanup();
+}
+
+void MountsRegistryEntrySm::indexMounter(const String& serviceName) {
+  const String realName = realServiceName(serviceName);
+  if (hasMounterOf(realName)) {
+    if (indexedService_.set(realName, true)) mountsRegistrySm_->mountServiceIs(realName, *this);
+  } else {
+    if (indexedService_.erase(realName)) mountsRegistrySm_->mountServiceDel(realName, *this);
+  }
+}
+
+void MountsRegistryEntrySm::leaveIndex() {
+  for (const auto& service : indexedService_) {
+    mountsRegistrySm_->mountServiceDel(service.key, *this);
+  }
+  indexedService_.clear();
+}
+
+bool MountsRegistryEntrySm::hasMounterOf(const String& realServiceName) const {
+  if (!isProxyServiceName(realServiceName) && registryEntry_->mounter(realServiceName)) return true;
+  return registryEntry_->mounter(String({realServiceName.view(), kProxySuffix})) != nullptr;
+}
+
+void MountsRegistryEntrySm::evaluateMounters() {
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "evaluateMounters", " ", entryName());
+  wildcard_ = false;
+  for (const Ptr<Mounter>& mounter : registryEntry_->mounter()) {
+    const auto& group = mounter->mountGroupConfig();
+    if (group && (group->systemFilter() || group->versionFilter())) continue;
+    wildcard_ = true;
+    REGISTRY_MESSAGE(5, "void Controller::MountsRegistryEntrySm::evaluateMounters()",
+                     " wildcard mount:%s service:%s group:%s", entryName(), mounter->serviceName(),
+                     mounter->groupName());
+    return;
+  }
+}
+
+Ptr<ServiceVersionFilter> MountsRegistryEntrySm::versionFilterIs(const String& serviceName) {
+  if (ServiceVersionFilter* present = versionFilter_.find(serviceName)) return present;
+  Ptr<ServiceVersionFilter> filter = Orm::make<ServiceVersionFilter>(serviceName);
+  versionFilter_.insert(filter);
+  return filter;
+}
+
+// ---- react: connections
+
+Peer* MountsRegistryEntrySm::peer(const SystemId& systemId) const {
+  const Ptr<PeerTable>& table = oobStatus_->peerTable();
+  return table ? table->peer(systemId) : nullptr;
+}
+
+Connection MountsRegistryEntrySm::connectionOf(const SystemId& systemId) const {
+  const Peer* const connected = peer(systemId);
+  return connected ? Connection(*connected) : Connection(systemId);
+}
+
+void MountsRegistryEntrySm::handleSwitchConnection() {
+  if (!initialized_) return;
+  const Ptr<PeerTable> table = oobStatus_->peerTable();
+  if (!table) return;
+  table->peer().walk([this](const Peer& peer) { handleSwitchConnection(Connection(peer)); });
+}
+
+void MountsRegistryEntrySm::handleNamedSwitchConnection(const String& systemName) {
+  handleSwitchConnection(Connection(systemName));
+}
+
+void MountsRegistryEntrySm::handleSwitchConnection(const SystemId& systemId) {
+  handleSwitchConnection(connectionOf(systemId));
+}
+
+void MountsRegistryEntrySm::handleSwitchConnection(const Connection& connection) {
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "handleSwitchConnection", " ", entryName(),
+                 " Peer:", connection.name);
+  if (!initialized_) return;
+  const Ptr<Peer const> connected(peer(connection.systemId));
+  if (!connected) {
+    REGISTRY_MESSAGE(5,
+                     "void Controller::MountsRegistryEntrySm::handleSwitchConnection(const "
+                     "Controller::SystemId&)",
+                     " connection:%s registered:%s", connection.name, "false");
+    refused_.erase(connection.systemId);
+    doDisconnectSwitch(connection);
+    updateSystemStatus(connection);
+    return;
+  }
+  updateSystemStatus(connection);
+  const Admission admission =
+      connected->connectionConfig() ? decide(connection) : Admission::noConnectionConfig;
+  admissionIs(connection.systemId, admission);
+  if (admission == Admission::admitted) {
+    doConnectSwitch(connection);
+    return;
+  }
+  REGISTRY_MESSAGE(
+      5,
+      "void Controller::MountsRegistryEntrySm::handleSwitchConnection(const Controller::SystemId&)",
+      " Cannot mount:%s from:%s", entryName(), connection.name);
+  doDisconnectSwitch(connection);
+}
+
+// ---- decide
+
+bool MountsRegistryEntrySm::canMountFromConnection(const String& connection) {
+  return decide(Connection(connection)) == Admission::admitted;
+}
+
+Admission MountsRegistryEntrySm::decide(const Connection& connection) {
+  static constexpr char kSignature[] =
+      "bool Controller::MountsRegistryEntrySm::canMountFromConnection(const String&)";
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "canMountFromConnection", " ", entryName(), " ",
+                 connection.name);
+  if (!hasNegotiatedVersion(connection)) {
+    REGISTRY_MESSAGE(5, kSignature, " no version negotiated:%s", connection.name);
+    return Admission::noVersionNegotiated;
+  }
+  if (wildcard_) {
+    REGISTRY_MESSAGE(5, kSignature, " wildcard mount:%s", connection.name);
+    return Admission::admitted;
+  }
+  if (versionFilter_.empty()) {
+    REGISTRY_MESSAGE(5, kSignature, " no versionfilter for %s", entryName());
+  } else if (connectionMatchesVersionFilter(connection)) {
+    REGISTRY_MESSAGE(5, kSignature, " matched versionFilter:%s", connection.name);
+  } else {
+    REGISTRY_MESSAGE(5, kSignature, " version filter not matched for %s", connection.name);
+    return Admission::versionNotInFilter;
+  }
+  if (connectionFilter_.empty()) {
+    REGISTRY_MESSAGE(5, kSignature, " no connectionFilter for %s", entryName());
+    return Admission::admitted;
+  }
+  if (connectionFilter_.value(connection.name) != 0) {
+    REGISTRY_MESSAGE(5, kSignature, " matched connectionFilter:%s", connection.name);
+    return Admission::admitted;
+  }
+  REGISTRY_MESSAGE(5, kSignature, " not in connectionFilter:%s", connection.name);
+  return Admission::systemNotInFilter;
+}
+
+bool MountsRegistryEntrySm::hasNegotiatedVersion(const Connection& connection) {
+  for (const Ptr<Mounter>& mounter : registryEntry_->mounter()) {
+    if (mountsRegistrySm_->negotiatedServiceVersionForConnection(mounter->serviceName(),
+                                                                 connection) != 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool MountsRegistryEntrySm::connectionMatchesVersionFilter(const String& connection) {
+  return connectionMatchesVersionFilter(Connection(connection));
+}
+
+bool MountsRegistryEntrySm::connectionMatchesVersionFilter(const Connection& connection) {
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "connectionMatchesVersionFilter", " ", entryName(),
+                 " ", connection.name);
+  for (const Ptr<ServiceVersionFilter>& filter : versionFilter_) {
+    if (matchingServiceVersionFilter(filter->serviceName(), connection)) return true;
+  }
+  return false;
+}
+
+bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceName,
+                                                         const String& connection) {
+  return matchingServiceVersionFilter(serviceName, Connection(connection));
+}
+
+bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceName,
+                                                         const Connection& connection) {
+  static constexpr char kSignature[] =
+      "bool Controller::MountsRegistryEntrySm::matchingServiceVersionFilter(const String&, const "
+      "String&)";
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "matchingServiceVersionFilter", " ", serviceName,
+                 " ", connection.name);
+  const Ptr<ServiceVersionFilter> filter(versionFilter_.find(serviceName));
+  if (!filter) {
+    REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "matchingServiceVersionFilter",
+                   " no version filter for service ", serviceName);
+    return false;
+  }
+  const std::uint32_t version =
+      mountsRegistrySm_->negotiatedServiceVersionForConnection(serviceName, connection);
+  if (version == 0) {
+    REGISTRY_MESSAGE(5, kSignature, " no version service:%s connection:%s", serviceName,
+                     connection.name);
+    return false;
+  }
+  if (mountsRegistryTrace.enabled(8)) {
+    for (const auto& supported : filter->version()) {
+      REGISTRY_TRACE(8, "Supported version for ", serviceName, " for ", connection.name, " ",
+                     supported.key);
+    }
+  }
+  if (filter->version().value(version)) {
+    REGISTRY_MESSAGE(5, kSignature, " matched version:%s service:%s connection:%s", version,
+                     serviceName, connection.name);
+    return true;
+  }
+  REGISTRY_MESSAGE(5, kSignature, " version:%s not in filter service:%s connection:%s", version,
+                   serviceName, connection.name);
+  return false;
+}
+
+bool MountsRegistryEntrySm::mounterIsInterestedInConnection(const Mounter& mounter,
+                                                            const String& connection) {
+  return mounterIsInterestedInConnection(mounter, Connection(connection));
+}
+
+Admission MountsRegistryEntrySm::interestOf(const Mounter& mounter, const Connection& connection) {
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "mounterIsInterestedInConnection", " ", entryName());
+  const Ptr<ServiceMountGroupConfig const>& group = mounter.mountGroupConfig();
+  if (!group) return Admission::admitted;
+  const bool included = !group->systemFilter() || group->systemFilter()->includes(connection.name);
+  // The version is tested, and its messages written, for a system that is left out as well.
+  const bool matching =
+      !group->versionFilter() || matchingServiceVersionFilter(mounter.serviceName(), connection);
+  if (!included) return Admission::systemNotInFilter;
+  return matching ? Admission::admitted : Admission::versionNotInFilter;
+}
+
+void MountsRegistryEntrySm::admissionIs(const SystemId& systemId, Admission admission) {
+  if (admission == Admission::admitted) {
+    refused_.erase(systemId);
+  } else {
+    refused_.set(systemId, admission);
+  }
+}
+
+Admission MountsRegistryEntrySm::admission(const SystemId& systemId) const {
+  if (!peer(systemId)) return Admission::notConnected;
+  if (const Admission* refusal = refused_.find(systemId)) return *refusal;
+  return mountSm(systemId) ? Admission::admitted : Admission::undecided;
+}
+
+Admission MountsRegistryEntrySm::mounterAdmission(const Mounter& mounter,
+                                                  const SystemId& systemId) {
+  const Admission decided = admission(systemId);
+  return decided == Admission::admitted ? interestOf(mounter, Connection(systemId)) : decided;
+}
+
+// ---- act
+
+void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection) {
+  static constexpr char kSignature[] =
+      "void Controller::MountsRegistryEntrySm::doConnectSwitch(const Controller::SystemId&)";
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "doConnectSwitch", " ", entryName(), " ",
+                 connection.name);
+  if (!initialized_) return;
+  const Ptr<Peer const> connected(peer(connection.systemId));
+  if (!connected) return;
+  const OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId);
+  if (!mount || !mount->mountSm()) {
+    REGISTRY_MESSAGE(5, kSignature, " mounting:%s from:%s", entryName(), connection.name);
+    startMount(connection, *connected);
+    return;
+  }
+  const Ptr<MountSm> mountSm = mount->mountSm();
+  if (mount->mountSmData()->mountState() == MountState::mounted && !mountSm->pendingRequest()) {
+    REGISTRY_MESSAGE(5, kSignature, " updating status:%s from:%s", entryName(), connection.name);
+    updateMountersStatus(connection, MountState::mounted);
+    return;
+  }
+  REGISTRY_MESSAGE(5, kSignature, " remounting:%s from:%s", entryName(), connection.name);
+  mountSm->doRemount();
+}
+
+void MountsRegistryEntrySm::startMount(const Connection& connection, const Peer& peer) {
+  const MountsRegistry& registry = *registryEntry_->mountsRegistry();
+  const Ptr<Fennix::Dir> prefixDir = Orm::dynamicCast<Fennix::Dir>(
+      registry.rootDir()->lookup(registryEntry_->targetPath().view()));
+  Orm::assertThat(prefixDir, "prefixDir");
+  REGISTRY_TRACE(8, "targetPath=", prefixDir->childPath(connection.name.view()));
+  const Ptr<MountSmData> mountSmData = mountSmDataIs(connection.systemId, "");
+  const std::uint32_t retries = registry.reconnectRetries();
+  const Orm::Seconds timeout = registry.mountTimeout();
+  mountSmIs({.systemId = connection.systemId,
+             .connectionConfig = peer.connectionConfig(),
+             .heartbeatConfig = mountsRegistrySm_->heartbeatConfig(),
+             .remoteRoot = registry.remoteRootPath(),
+             .remotePath = entryName(),
+             .mountDir = prefixDir,
+             .mountName = connection.name,
+             .ormType = registryEntry_->ormType(),
+             .mountFlags = registryEntry_->mountFlags(),
+             .retries = retries != 0 ? retries : kNoRetryLimit,
+             .timeout = timeout != 0 ? wholeSeconds(timeout) : kNoTimeout,
+             .mountSmData = mountSmData});
+  mountSmDataSmIs(mountSmData);
+}
+
+void MountsRegistryEntrySm::doDisconnectSwitch(const Connection& connection) {
+  static constexpr char kSignature[] =
+      "void Controller::MountsRegistryEntrySm::doDisconnectSwitch(const Controller::SystemId&)";
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "doDisconnectSwitch", " ", entryName(), " ",
+                 connection.name);
+  if (!initialized_) return;
+  const Ptr<MountSm> mountSm(this->mountSm(connection.systemId));
+  if (!mountSm) {
+    REGISTRY_MESSAGE(5, kSignature, " already unmounted:%s from:%s", entryName(), connection.name);
+    updateMountersStatus(connection, MountState::unmounted);
+    return;
+  }
+  REGISTRY_MESSAGE(5, kSignature, " unmounting:%s from:%s", entryName(), connection.name);
+  if (preserveMountsOnDisconnect(connection)) {
+    REGISTRY_TRACE(8, "doDisconnectSwitch", ": unmount is state-preserving");
+    mountSm->doStatePreservingUnmount();
+  } else {
+    REGISTRY_TRACE(8, "doDisconnectSwitch", ": unmount is not state-preserving");
+    mountSm->doUnmount();
+  }
+}
+
+bool MountsRegistryEntrySm::preserveMountsOnDisconnect(const Connection& connection) {
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "preserveMountsOnDisconnect", ": ", connection.name);
+  // A switch that has gone for good leaves nothing behind.
+  if (!oobStatus_->inactive().has(connection.systemId)) return false;
+  for (const Ptr<Mounter>& mounter : registryEntry_->mounter()) {
+    const auto& group = mounter->mountGroupConfig();
+    if (!group || !group->preserve()) continue;
+    if (group->systemFilter() && !group->systemFilter()->includes(connection.name)) continue;
+    const ServiceConfigV1* const config =
+        serviceConfigDir_ ? serviceConfigDir_->service(realServiceName(mounter->serviceName()))
+                          : nullptr;
+    if (!config || !config->enabled()) continue;
+    REGISTRY_TRACE(8, ": mounter for group ", mounter->groupName(), " and service ",
+                   mounter->serviceName(), " has preserve=1");
+    return true;
+  }
+  return false;
+}
+
+// ---- the mounts
+
+MountSm* MountsRegistryEntrySm::mountSm(const SystemId& systemId) const {
+  const OrmMountSmDataSm* const mount = mountSmDataSm_.find(systemId);
+  return mount ? mount->mountSm().get() : nullptr;
+}
+
+void MountsRegistryEntrySm::mountSmIs(const MountRequest& request) {
+  OrmMountSmDataSm* const mount = mountSmDataSm_.find(request.systemId);
+  if (mount->mountSm_) return;
+  Ptr<MountSm> made = MountSm::MountSmIs(request);
+  mountSmDataSm_.find(request.systemId)->mountSm_ = std::move(made);
+}
+
+void MountsRegistryEntrySm::mountSmDel(const SystemId& systemId) {
+  if (OrmMountSmDataSm* mount = mountSmDataSm_.find(systemId)) mount->mountSm_ = nullptr;
+}
+
+Ptr<MountSmData> MountsRegistryEntrySm::mountSmData(const SystemId& systemId) const {
+  const OrmMountSmDataSm* const mount = mountSmDataSm_.find(systemId);
+  return mount ? mount->mountSmData() : nullptr;
+}
+
+Ptr<MountSmData> MountsRegistryEntrySm::mountSmDataIs(const SystemId& systemId,
+                                                      const String& text) {
+  if (Ptr<MountSmData> present = mountSmData(systemId)) return present;
+  Ptr<MountSmData> mountSmData = Orm::make<MountSmData>(systemId, text);
+  mountSmDataSm_.insert(Orm::Owned<OrmMountSmDataSm>(new OrmMountSmDataSm(this, mountSmData)));
+  return mountSmData;
+}
+
+void MountsRegistryEntrySm::mountSmDataDel(const SystemId& systemId) {
+  mountSmDataSm_.take(systemId);
+}
+
+void MountsRegistryEntrySm::mountSmDataSmIs(const Ptr<MountSmData>& mountSmData) {
+  const Orm::ActivityScope scope;
+  OrmMountSmDataSm* const mount = mountSmDataSm_.find(mountSmData->systemId());
+  mount->hasNotificationActiveIs(true);
+  mount->handleMountState();
+}
+
+void MountsRegistryEntrySm::mountSmDataSmDelAll() {
+  mountSmDataSm_.walk([this](OrmMountSmDataSm& mount) {
+    const SystemId systemId = mount.systemId();
+    mount.hasNotificationActiveIs(false);
+    if (const Ptr<MountSm> mountSm = mount.mountSm()) mountSm->doCleanup();
+    mountSmDel(systemId);
+    mountSmDataDel(systemId);
+  });
+}
+
+// ---- clean up
+
+void MountsRegistryEntrySm::doCleanup() {
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "doCleanup", " ", entryName());
+  const Orm::ActivityScope scope;
+  initialized_ = false;  // nothing is decided any more
+  ormMountsRegistryEntry_.hasNotificationActiveIs(false);
+  timeoutClock_.timeMinIs(Orm::kNever);
+  mounterConfigSm_.walk(
+      [this](MounterConfigSm& mounter) { mounterConfigSmDel(mounter.serviceName()); });
+  mountSmDataSmDelAll();
+  refused_.clear();
+  leaveIndex();  // the registry machine may be gone when this one's memory goes
+}
+
+}  // namespace Controller

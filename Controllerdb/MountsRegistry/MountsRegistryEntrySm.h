@@ -1,0 +1,256 @@
+#pragma once
+
+#include <cstdint>
+
+#include "Controllerdb/MountsRegistry/Admission.h"
+#include "Controllerdb/MountsRegistry/Connection.h"
+#include "Controllerdb/MountsRegistry/MounterConfigSm.h"
+#include "Controllerdb/MountsRegistry/MountsRegistryEntry.h"
+#include "Controllerdb/MountsRegistry/ServiceVersionFilter.h"
+#include "Platform/Entities/ControllerOob/Status.h"
+#include "Platform/Entities/ServiceConfig/ServiceConfigDir.h"
+#include "Platform/Fennix/Dir.h"
+#include "Platform/Mount/MountSm.h"
+#include "Platform/Orm/Clock.h"
+#include "Platform/Orm/Collection.h"
+#include "Platform/Orm/Reactor.h"
+#include "Platform/Orm/Sm.h"
+
+namespace Controller {
+
+class MountsRegistrySm;
+
+/// The machine of one mount entry: one remote path that services want mounted from the switches.
+///
+/// It keeps a MounterConfigSm per mounter, which fold their filters into the union filters here;
+/// decides for each connection whether the path is mounted from it; makes, refreshes, remounts and
+/// unmounts; turns the mounts' reports into the services' mount status; and reports mounts that
+/// take too long.
+///
+/// A child of MountsRegistrySm, which calls handleSwitchConnection on every change of a connection
+/// and doCleanup before it lets the machine go. Loop thread only. Deciding one connection costs
+/// O(mounters) and neither formats, parses nor allocates when nothing changes; deciding all costs
+/// that for each peer.
+class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryEntrySm> {
+ public:
+  /// Reacts to the entry's mounters.
+  class OrmMountsRegistryEntry final
+      : public Orm::ReactorOn<MountsRegistryEntry, MountsRegistryEntrySm> {
+   public:
+    explicit OrmMountsRegistryEntry(MountsRegistryEntrySm* owner) : ReactorOn(owner) {}
+    void onAttribute(Orm::AttributeId attribute, const Orm::Key& key) override;
+  };
+
+  /// The entry's one mount timer.
+  class OrmTimeoutClock final : public Orm::ClockReactor<MountsRegistryEntrySm> {
+   public:
+    explicit OrmTimeoutClock(MountsRegistryEntrySm* owner) : ClockReactor(owner) {}
+
+   private:
+    void onClock() override { owner()->handleMountTimeout(); }
+  };
+
+  /// One mount from one system: holds its record and its mount machine, and reacts to the record's
+  /// state once the machine has been made.
+  class OrmMountSmDataSm final : public Orm::ReactorOn<MountSmData, MountsRegistryEntrySm>,
+                                 private Kobble::Counted<OrmMountSmDataSm> {
+   public:
+    OrmMountSmDataSm(MountsRegistryEntrySm* owner, const Orm::Ptr<MountSmData>& mountSmData);
+    ~OrmMountSmDataSm() override = default;
+
+    const SystemId& systemId() const { return notifier()->systemId(); }
+    /// The record; the mount machine writes it, so it is handed out to be written.
+    Orm::Ptr<MountSmData> mountSmData() const { return const_cast<MountSmData*>(notifier()); }
+    /// Null until it has been made, and once it has been let go.
+    const Orm::Ptr<MountSm>& mountSm() const { return mountSm_; }
+    /// The last state seen.
+    MountState lastMountState() const { return lastMountState_; }
+
+    void onAttribute(Orm::AttributeId attribute, const Orm::Key& key) override;
+    void handleMountState();
+    void handleMountStateTimer();
+
+   private:
+    friend class MountsRegistryEntrySm;
+
+    Orm::Ptr<MountSm> mountSm_;
+    MountState lastMountState_ = MountState::unmounted;
+  };
+
+  /// Seconds until a slow or failed mount is reported.
+  static constexpr std::uint32_t kTimeoutPeriod = 300;
+  /// What "no limit" is to the mount machine.
+  static constexpr std::int32_t kNoTimeout = 2147483647;
+  static constexpr std::uint32_t kNoRetryLimit = 4294967295;
+
+  MountsRegistryEntrySm(Orm::Ptr<MountsRegistryEntry> registryEntry,
+                        Orm::Ptr<ControllerOob::Status const> oobStatus,
+                        Orm::Ptr<ServiceConfigDir const> serviceConfigDir,
+                        Orm::Ptr<Fennix::Dir> directory, MountsRegistrySm* mountsRegistrySm);
+  ~MountsRegistryEntrySm() override;
+
+  const Orm::Ptr<MountsRegistryEntry>& registryEntry() const { return registryEntry_; }
+  /// The remote path.
+  const Orm::String& entryName() const { return registryEntry_->name(); }
+  MountsRegistrySm* mountsRegistrySm() const { return mountsRegistrySm_; }
+  /// Grows from machine to machine of a registry machine.
+  std::uint64_t order() const { return order_; }
+  bool initialized() const { return initialized_; }
+
+  void hasNotificationActiveIs(bool active) override;
+
+  // ---- reactions
+
+  void handleMounter(const Orm::String& serviceName);
+  void handleMounter();
+  void handleSwitchConnection(const SystemId& systemId);
+  void handleSwitchConnection(const Connection& connection);
+  /// Every peer; nothing before the machine is initialized.
+  void handleSwitchConnection();
+  void handleNamedSwitchConnection(const Orm::String& systemName);
+  void handleMountTimeout();
+  /// A mounter's group has other filters than before.
+  void handleMounterFilters();
+
+  // ---- admission
+
+  bool wildcard() const { return wildcard_; }
+  void evaluateMounters();
+  bool canMountFromConnection(const Orm::String& connection);
+  bool connectionMatchesVersionFilter(const Orm::String& connection);
+  bool matchingServiceVersionFilter(const Orm::String& serviceName, const Orm::String& connection);
+  bool mounterIsInterestedInConnection(const Mounter& mounter, const Orm::String& connection);
+  bool mounterIsInterestedInConnection(const Mounter& mounter, const Connection& connection) {
+    return interestOf(mounter, connection) == Admission::admitted;
+  }
+
+  /// What was decided last for a system, and, for a system from which the entry is mounted, how
+  /// the mounter's own filters see it. For reports.
+  Admission admission(const SystemId& systemId) const;
+  Admission mounterAdmission(const Mounter& mounter, const SystemId& systemId);
+
+  // ---- the union filters, maintained by the mounter machines
+
+  using ConnectionFilter = Orm::ValueCollection<Orm::String, std::uint32_t>;
+  using VersionFilter =
+      Orm::Collection<Orm::Ptr<ServiceVersionFilter>, &ServiceVersionFilter::serviceName>;
+
+  /// How many mounters include a system, by its name.
+  const ConnectionFilter& connectionFilter() const { return connectionFilter_; }
+  void connectionFilterIs(const Orm::String& system, std::uint32_t count) {
+    connectionFilter_.set(system, count);
+  }
+  void connectionFilterDel(const Orm::String& system) { connectionFilter_.erase(system); }
+
+  /// The versions that the mounters accept, by service.
+  const VersionFilter& versionFilter() const { return versionFilter_; }
+  Orm::Ptr<ServiceVersionFilter> versionFilterIs(const Orm::String& serviceName);
+  void versionFilterDel(const Orm::String& serviceName) { versionFilter_.take(serviceName); }
+
+  // ---- acting on a connection
+
+  void doConnectSwitch(const SystemId& systemId) { doConnectSwitch(Connection(systemId)); }
+  void doDisconnectSwitch(const SystemId& systemId) { doDisconnectSwitch(Connection(systemId)); }
+  void doConnectSwitch(const Connection& connection);
+  void doDisconnectSwitch(const Connection& connection);
+  bool preserveMountsOnDisconnect(const Connection& connection);
+
+  // ---- status
+
+  void updateMountersStatus(const Connection& connection, MountState state);
+  void updateMounterStatus(const Mounter& mounter, const Connection& connection, MountState state);
+  void handleMountState(const Mounter& mounter, const Connection& connection, MountState state);
+  void updateMountGroupMountState(const ServiceMountGroupConfig& mountGroupConfig,
+                                  ServiceMountGroupStatus& mountGroupStatus,
+                                  MountState state) const;
+  void updateSystemStatus(const Connection& connection);
+
+  // ---- the mount timer
+
+  std::uint32_t timeoutPeriod() const { return timeoutPeriod_; }
+  void startMountTimer();
+  void timeoutClockIs(const Orm::Ptr<Orm::Clock>& clock);
+  void timeoutClockDel();
+
+  /// Ends everything that the entry has: mounters, mounts, the timer. Harmless when repeated.
+  void doCleanup();
+
+  // ---- children
+
+  using MounterConfigSms =
+      Orm::Collection<Orm::Ptr<MounterConfigSm>, &MounterConfigSm::serviceName>;
+  const MounterConfigSms& mounterConfigSm() const { return mounterConfigSm_; }
+  Orm::Ptr<MounterConfigSm> mounterConfigSmIs(const Orm::Ptr<Mounter>& mounter);
+  /// Cleans the mounter's machine up and lets it go.
+  void mounterConfigSmDel(const Orm::String& serviceName);
+
+  MountSm* mountSm(const SystemId& systemId) const;
+  void mountSmIs(const MountRequest& request);
+  void mountSmDel(const SystemId& systemId);
+
+  Orm::Ptr<MountSmData> mountSmData(const SystemId& systemId) const;
+  Orm::Ptr<MountSmData> mountSmDataIs(const SystemId& systemId, const Orm::String& text);
+  void mountSmDataDel(const SystemId& systemId);
+
+  OrmMountSmDataSm* mountSmDataSm(const SystemId& systemId) const {
+    return mountSmDataSm_.find(systemId);
+  }
+  /// Lets the record's reactor see its state, now and from now on.
+  void mountSmDataSmIs(const Orm::Ptr<MountSmData>& mountSmData);
+  void mountSmDataSmDelAll();
+
+  /// The mounts, one record a system, in the order in which they came.
+  using MountSmDataSms = Orm::Collection<Orm::Owned<OrmMountSmDataSm>, &OrmMountSmDataSm::systemId>;
+  const MountSmDataSms& mountSmDataSm() const { return mountSmDataSm_; }
+
+ private:
+  void handleInitialized();
+
+  Peer* peer(const SystemId& systemId) const;
+  Connection connectionOf(const SystemId& systemId) const;
+  void indexMounter(const Orm::String& serviceName);
+  void leaveIndex();
+  bool hasMounterOf(const Orm::String& realServiceName) const;
+
+  Admission decide(const Connection& connection);
+  bool hasNegotiatedVersion(const Connection& connection);
+  bool connectionMatchesVersionFilter(const Connection& connection);
+  bool matchingServiceVersionFilter(const Orm::String& serviceName, const Connection& connection);
+  Admission interestOf(const Mounter& mounter, const Connection& connection);
+  void admissionIs(const SystemId& systemId, Admission admission);
+
+  void startMount(const Connection& connection, const Peer& peer);
+  void updateSystemStatus(const Mounter& mounter, const Connection& connection, bool known);
+  void handleMountTimeout(const OrmMountSmDataSm& mount) const;
+  Orm::String displayName(const SystemId& systemId) const;
+
+  Orm::Ptr<MountsRegistryEntry> registryEntry_;
+  Orm::Ptr<ControllerOob::Status const> oobStatus_;
+  Orm::Ptr<ServiceConfigDir const> serviceConfigDir_;
+  Orm::Ptr<Fennix::Dir> directory_;
+  MountsRegistrySm* mountsRegistrySm_;
+  std::uint64_t order_;
+
+  OrmMountsRegistryEntry ormMountsRegistryEntry_;
+  OrmTimeoutClock timeoutClock_;
+  MounterConfigSms mounterConfigSm_;
+  MountSmDataSms mountSmDataSm_;
+  ConnectionFilter connectionFilter_;
+  VersionFilter versionFilter_;
+  /// Why connected systems were refused; nothing is kept of those that were admitted.
+  Orm::ValueCollection<SystemId, Admission> refused_;
+  /// The real names of the services under which the registry machine has this one indexed.
+  Orm::ValueCollection<Orm::String, bool> indexedService_;
+  std::uint32_t timeoutPeriod_ = kTimeoutPeriod;
+  bool wildcard_ = false;
+  bool initialized_ = false;
+};
+
+/// Makes the machine of an entry, as a child of the registry machine.
+Orm::Ptr<MountsRegistryEntrySm> mountsRegistryEntrySmFactory(
+    const Orm::Ptr<MountsRegistryEntry>& registryEntry,
+    const Orm::Ptr<ControllerOob::Status const>& oobStatus,
+    const Orm::Ptr<ServiceConfigDir const>& serviceConfigDir,
+    const Orm::Ptr<Fennix::Dir>& directory, MountsRegistrySm* mountsRegistrySm);
+
+}  // namespace Controller

@@ -1,0 +1,212 @@
+#include "Controllerdb/MountsRegistry/MountsRegistryEntrySm.h"
+#include "Controllerdb/MountsRegistry/MountsRegistrySm.h"
+#include "Controllerdb/MountsRegistry/MountsRegistryTrace.h"
+
+// What the machine of a mount entry makes of its mounts' reports: the services' status, and the
+// report of mounts that take too long.
+namespace Controller {
+
+using Orm::Ptr;
+using Orm::String;
+
+namespace {
+
+constexpr char kHandleMountTimeout[] =
+    "void Controller::MountsRegistryEntrySm::handleMountTimeout()";
+
+}  // namespace
+
+// ---- a mount's reports
+
+MountsRegistryEntrySm::OrmMountSmDataSm::OrmMountSmDataSm(MountsRegistryEntrySm* owner,
+                                                          const Ptr<MountSmData>& mountSmData)
+    : ReactorOn(owner) {
+  // Silent until the mount machine has been made: a group must not count as processed for a
+  // switch before its mount has been asked for.
+  hasNotificationActiveIs(false);
+  notifierIs(mountSmData);
+}
+
+void MountsRegistryEntrySm::OrmMountSmDataSm::onAttribute(Orm::AttributeId attribute,
+                                                          const Orm::Key&) {
+  if (attribute == MountSmData::Attr::mountState) handleMountState();
+}
+
+void MountsRegistryEntrySm::OrmMountSmDataSm::handleMountState() {
+  const Ptr<MountSmData> record = mountSmData();
+  const MountState state = record->mountState();
+  REGISTRY_MESSAGE(5,
+                   "void Controller::MountsRegistryEntrySm::OrmMountSmDataSm::handleMountState()",
+                   "%s connection:%s oldMountState:%s newMountState:%s", owner()->entryName(),
+                   systemId(), lastMountState_, state);
+  const Connection connection = owner()->connectionOf(systemId());
+  owner()->updateMountersStatus(connection, state);
+  if (lastMountState_ == MountState::unmounted || state != MountState::unmounted) {
+    lastMountState_ = state;
+  } else {
+    const Ptr<MountSm> mountSm = owner()->mountSm(systemId());
+    Orm::assertThat(mountSm, "mountsRegistryEntrySm()->mountSm( connectionId )");
+    REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "handleMountState", ": Deleting mountSm for ",
+                   connection.name);
+    mountSm->doCleanup();
+    owner()->mountSmDel(connection.systemId);
+    owner()->mountSmDataDel(connection.systemId);
+  }
+  if (owner()->mountsRegistrySm()->mountMonitor()) handleMountStateTimer();
+}
+
+void MountsRegistryEntrySm::OrmMountSmDataSm::handleMountStateTimer() {
+  if (owner() && !owner()->initialized()) return;
+  REGISTRY_TRACE(8,
+                 "void Controller::MountsRegistryEntrySm::OrmMountSmDataSm::"
+                 "handleMountStateTimer()");
+  const MountState state = mountSmData()->mountState();
+  if (state == MountState::mounting || state == MountState::failed) owner()->startMountTimer();
+}
+
+// ---- the services' status
+
+void MountsRegistryEntrySm::updateMountersStatus(const Connection& connection, MountState state) {
+  REGISTRY_MESSAGE(5,
+                   "void Controller::MountsRegistryEntrySm::updateMountersStatus(const "
+                   "Controller::SystemId&, Controller::MountState)",
+                   "%s mount state:%s connection:%s", entryName(), state, connection.name);
+  registryEntry_->mounter().walk(
+      [&](const Mounter& mounter) { updateMounterStatus(mounter, connection, state); });
+}
+
+void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
+                                                const Connection& connection, MountState state) {
+  static constexpr char kSignature[] =
+      "void Controller::MountsRegistryEntrySm::updateMounterStatus(const PtrConst&, const "
+      "Controller::SystemId&, Controller::MountState)";
+  REGISTRY_MESSAGE(5, kSignature, "mounter: %s connectionId: %s mountState: %s",
+                   mounter.mounterName(), connection.name, state);
+  const Ptr<ServiceMountStatus>& serviceMountStatus = mounter.serviceMountStatus();
+  Orm::assertThat(serviceMountStatus, "serviceMountStatus");
+  const Ptr<SystemStatus> systemStatus(serviceMountStatus->systemStatus(connection.name));
+  if (!systemStatus) {
+    REGISTRY_MESSAGE(5, kSignature, "no system status for: %s", connection.name);
+    return;
+  }
+  const Ptr<ServiceMountGroupConfig const>& mountGroupConfig = mounter.mountGroupConfig();
+  Orm::assertThat(mountGroupConfig,
+                  "mountGroupConfig && \"mountGroupConfig does not exist for mounter\"");
+  const Ptr<ServiceMountGroupStatus> groupStatus(
+      systemStatus->serviceMountGroupStatus(mounter.groupName()));
+  if (!groupStatus) {
+    REGISTRY_TRACE(8, "serviceMountGroupStatus does not exist for mounter");
+    return;
+  }
+  const MountConfig* const mountConfig = mountGroupConfig->mountConfig(entryName());
+  // The "%s" before "config" has always stood in this text.
+  REGISTRY_MESSAGE(5, kSignature, "group: %s mount: %s%%s config: %s", mounter.groupName(),
+                   entryName(), mountConfig != nullptr);
+  if (!mountConfig || state == MountState::unmounted ||
+      !mounterIsInterestedInConnection(mounter, connection)) {
+    groupStatus->mountStatusDel(entryName());
+  } else {
+    groupStatus->mountStatusIs(entryName());
+  }
+  handleMountState(mounter, connection, state);
+  groupStatus->processedIs(true);
+}
+
+void MountsRegistryEntrySm::handleMountState(const Mounter& mounter, const Connection& connection,
+                                             MountState state) {
+  const Ptr<SystemStatus> systemStatus(mounter.serviceMountStatus()->systemStatus(connection.name));
+  if (!systemStatus) return;
+  const Ptr<ServiceMountGroupStatus> groupStatus(
+      systemStatus->serviceMountGroupStatus(mounter.groupName()));
+  if (!groupStatus) return;
+  REGISTRY_MESSAGE(5,
+                   "void Controller::MountsRegistryEntrySm::handleMountState(const PtrConst&, "
+                   "const Controller::SystemId&, Controller::MountState)",
+                   "%s mount state:%s connection:%s service:%s mountGroup:%s remote path:%s",
+                   entryName(), state, connection.name, mounter.serviceName(), mounter.groupName(),
+                   entryName());
+  if (const Ptr<MountStatus> mountStatus = groupStatus->mountStatus(entryName())) {
+    if (state == MountState::mounted) {
+      mountStatus->mountedPathIs(Fennix::ChildPath(registryEntry_->targetPath(), connection.name));
+    }
+    mountStatus->mountStateIs(state);
+  }
+  updateMountGroupMountState(*mounter.mountGroupConfig(), *groupStatus, state);
+}
+
+void MountsRegistryEntrySm::updateMountGroupMountState(
+    const ServiceMountGroupConfig& mountGroupConfig, ServiceMountGroupStatus& mountGroupStatus,
+    MountState state) const {
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "updateMountGroupMountState", " ", entryName());
+  // The group's paths are not walked: a path has a status only while the group configures it, so
+  // that the counts of the statuses and the number of paths tell the same.
+  if (mountGroupStatus.mountStatusCount(MountState::failed) != 0) {
+    mountGroupStatus.mountStateIs(MountState::failed);
+    return;
+  }
+  const bool mixed =
+      mountGroupStatus.mountStatusCount(state) != mountGroupConfig.mountConfig().size();
+  mountGroupStatus.mountStateIs(mixed ? MountState::unmounted : state);
+}
+
+void MountsRegistryEntrySm::updateSystemStatus(const Connection& connection) {
+  const bool known = peer(connection.systemId) || oobStatus_->inactive().has(connection.systemId);
+  registryEntry_->mounter().walk(
+      [&](const Mounter& mounter) { updateSystemStatus(mounter, connection, known); });
+}
+
+void MountsRegistryEntrySm::updateSystemStatus(const Mounter& mounter, const Connection& connection,
+                                               bool known) {
+  static constexpr char kSignature[] =
+      "void Controller::MountsRegistryEntrySm::updateSystemStatus(const Controller::SystemId&)";
+  const Ptr<ServiceMountStatus>& status = mounter.serviceMountStatus();
+  Orm::assertThat(status, "serviceMountStatus");
+  if (!known) {
+    REGISTRY_MESSAGE(5, kSignature, "Deleting systemStatus for: %s", connection.name);
+    status->systemStatusDel(connection.name);
+    return;
+  }
+  const Ptr<SystemStatus> systemStatus = status->systemStatusIs(connection.name);
+  if (systemStatus->serviceMountGroupStatus(mounter.groupName())) return;
+  REGISTRY_MESSAGE(5, kSignature, "Adding serviceMountGroupStatus for: %s", connection.name);
+  systemStatus->serviceMountGroupStatusIs(mounter.groupName());
+}
+
+// ---- the mount timer
+
+void MountsRegistryEntrySm::timeoutClockIs(const Ptr<Orm::Clock>& clock) {
+  timeoutClock_.notifierIs(clock);
+}
+
+void MountsRegistryEntrySm::timeoutClockDel() { timeoutClock_.notifierIs(nullptr); }
+
+void MountsRegistryEntrySm::startMountTimer() {
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::startMountTimer", ", timeout period: ", timeoutPeriod_);
+  const Orm::Clock* const clock = timeoutClock_.notifier();
+  if (clock) timeoutClock_.timeMinIs(clock->now() + static_cast<Orm::Seconds>(timeoutPeriod_));
+}
+
+void MountsRegistryEntrySm::handleMountTimeout() {
+  if (!initialized_) return;
+  REGISTRY_TRACE(8, kHandleMountTimeout);
+  mountSmDataSm_.walk([this](const OrmMountSmDataSm& mount) { handleMountTimeout(mount); });
+}
+
+void MountsRegistryEntrySm::handleMountTimeout(const OrmMountSmDataSm& mount) const {
+  const MountState state = mount.mountSmData()->mountState();
+  if (state == MountState::mounting) {
+    REGISTRY_MESSAGE(5, kHandleMountTimeout, "mount in progress too long");
+  } else if (state == MountState::failed) {
+    REGISTRY_MESSAGE(5, kHandleMountTimeout, "mount failed");
+  } else {
+    return;
+  }
+  mountsRegistryTimeoutLog.log("ZORB", "switch", displayName(mount.systemId()));
+}
+
+String MountsRegistryEntrySm::displayName(const SystemId& systemId) const {
+  const ControllerOob::ClientStatus* const client = oobStatus_->clientStatusOfSystem(systemId);
+  return client && !client->name().empty() ? client->name() : systemId.stringValue();
+}
+
+}  // namespace Controller
