@@ -103,26 +103,30 @@ void InitialMountSm::handlePeer(const SystemId& systemId) {
   INITIAL_TRACE(8, "InitialMountSm::", "handlePeer", " ", systemId);
   const PeerTable* const table = peerTable_.notifier();
   if (!table || !table->peer(systemId)) return;
-  if (initialSwitchSet_->initialSwitch().value(systemId)) {
+  InitialSwitchSet& initial = *initialSwitchSetIs();
+  if (initial.initialSwitch().value(systemId)) {
     INITIAL_MESSAGE(5, kSignature, "already in initial switch set");
     return;
   }
-  initialSwitchSet_->initialSwitchIs(systemId, true);
+  initial.initialSwitchIs(systemId, true);
+  const Orm::Clock* const clock = connectionClock_.notifier();
+  if (!clock) return;
   // A switch that is new after the period's end moves the clock as well; the end stands.
-  connectionClock_.timeMinIs(connectionClock_.notifier()->now() +
-                             kTimeoutHeartbeatMultiple * heartbeatInterval());
+  connectionClock_.timeMinIs(clock->now() + kTimeoutHeartbeatMultiple * heartbeatInterval());
   INITIAL_MESSAGE(5, kSignature, "reset timeMin to %s", connectionClock_.timeMin());
 }
 
 void InitialMountSm::handleConnectionTimeout() {
-  INITIAL_TRACE(8, "InitialMountSm::", "handleConnectionTimeout",
-                ": timeMin=", connectionClock_.dueTime(),
-                " connection period complete=", connectionPeriod_->complete());
+  // It reads as disarmed when it has fired.
+  const Orm::Seconds timeMin = connectionClock_.dueTime();
+  ConnectionPeriod& period = *connectionPeriodIs();
+  INITIAL_TRACE(8, "InitialMountSm::", "handleConnectionTimeout", ": timeMin=", timeMin,
+                " connection period complete=", period.complete());
   if (connectionClock_.timeMin() == 0.0) return;  // never armed
-  if (connectionPeriod_->complete()) return;
+  if (period.complete()) return;
   INITIAL_MESSAGE(5, "void Controller::InitialMountSm::handleConnectionTimeout()",
                   "initial switch set complete");
-  connectionPeriod_->completeIs(true);
+  period.completeIs(true);
 }
 
 void InitialMountSm::handleServiceMount() {
@@ -141,13 +145,17 @@ void InitialMountSm::handleServiceMount(const String& name) {
   if (mountStatusDir_) status = mountStatusDir_->entityAs<ServiceMountStatus>(name);
   const bool present = serviceInitialMountSm_.has(name);
   if (config && status) {
-    if (present) return;
+    if (present || inMaking_.has(name)) return;
     INITIAL_TRACE(8, "handleServiceMount", "(", name, "): creating serviceInitialMountSm");
-    serviceInitialMountSmIs(name, config, status, connectionPeriod_, oobStatus_,
-                            controllerdbStatus_);
+    if (!serviceInitialMountSmIs(name, config, status, connectionPeriodIs(), oobStatus_,
+                                 controllerdbStatus_)) {
+      handleServiceMount(name);  // it may be wanted again
+    }
   } else if (present) {
     INITIAL_TRACE(8, "handleServiceMount", "(", name, "): deleting serviceInitialMountSm");
     serviceInitialMountSmDel(name);
+  } else {
+    inMaking_.gone(name);
   }
 }
 
@@ -159,13 +167,20 @@ Ptr<ServiceInitialMountSm> InitialMountSm::serviceInitialMountSmIs(
     const Ptr<ControllerOob::Status const>& oobStatus,
     const Ptr<Controllerdb::Status const>& controllerdbStatus) {
   if (ServiceInitialMountSm* present = serviceInitialMountSm_.find(name)) return present;
+  if (inMaking_.has(name)) return nullptr;
+  inMaking_.begin(name);
   Ptr<ServiceInitialMountSm> machine = serviceInitialMountSmFactory(
       name, config, status, connectionPeriod, oobStatus, controllerdbStatus);
+  if (!inMaking_.end(name)) {
+    machine->doCleanup();
+    return nullptr;
+  }
   serviceInitialMountSm_.insert(machine);
   return machine;
 }
 
 void InitialMountSm::serviceInitialMountSmDel(const String& name) {
+  inMaking_.gone(name);
   const Ptr<ServiceInitialMountSm> gone = serviceInitialMountSm_.take(name);
   if (gone) gone->doCleanup();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Controllerdb/InitialMountSm/ChildrenInMaking.h"
 #include "Controllerdb/InitialMountSm/ConnectionPeriod.h"
 #include "Controllerdb/InitialMountSm/InitialSwitchSet.h"
 #include "Controllerdb/InitialMountSm/ServiceInitialMountSm.h"
@@ -90,6 +91,7 @@ class InitialMountSm : public Orm::Sm, private Kobble::Counted<InitialMountSm> {
   using ServiceInitialMountSms =
       Orm::Collection<Orm::Ptr<ServiceInitialMountSm>, &ServiceInitialMountSm::key>;
   const ServiceInitialMountSms& serviceInitialMountSm() const { return serviceInitialMountSm_; }
+  /// Null when the service was taken away, or is being made by a caller, while it is made.
   Orm::Ptr<ServiceInitialMountSm> serviceInitialMountSmIs(
       const Orm::String& name, const Orm::Ptr<ServiceMountConfig const>& config,
       const Orm::Ptr<ServiceMountStatus>& status,
@@ -113,6 +115,7 @@ class InitialMountSm : public Orm::Sm, private Kobble::Counted<InitialMountSm> {
   Orm::Ptr<ConnectionPeriod> connectionPeriod_;
   Orm::Ptr<InitialSwitchSet> initialSwitchSet_;
   ServiceInitialMountSms serviceInitialMountSm_;
+  ChildrenInMaking inMaking_;
   bool initialized_ = false;
 };
 

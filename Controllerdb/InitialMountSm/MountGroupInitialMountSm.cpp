@@ -134,7 +134,8 @@ void MountGroupInitialMountSm::handleSystemStatus(const String& systemName) {
 }
 
 void MountGroupInitialMountSm::handleProcessed(const String& systemName) {
-  const bool processed = processedSwitchSet_.notifier()->processed().value(systemName);
+  const ProcessedSwitchSet* const set = processedSwitchSet_.notifier();
+  const bool processed = set && set->processed().value(systemName);
   INITIAL_MESSAGE(8, "void Controller::MountGroupInitialMountSm::handleProcessed(const String&)",
                   "%s processed=%s", systemName, processed);
   if (processed) handleProcessed();
@@ -148,10 +149,9 @@ void MountGroupInitialMountSm::handleProcessed() {
   if (serviceMountStatus_->initialMountsComplete().value(name_)) return;
   if (!remainingSwitch_.empty()) return;
   // Counts are compared, not members.
-  if (mountGroupInitialSwitchSet_->initialSwitch().size() >
-      processedSwitchSet_.notifier()->processed().size()) {
-    return;
-  }
+  const ProcessedSwitchSet* const set = processedSwitchSet_.notifier();
+  const std::uint32_t processed = set ? set->processed().size() : 0;
+  if (mountGroupInitialSwitchSet_->initialSwitch().size() > processed) return;
   doPopulateRemainingSwitch();
   checkSwitchMountsPending();
 }
@@ -164,8 +164,8 @@ void MountGroupInitialMountSm::doPopulateRemainingSwitch() {
       [this](const SystemId& systemId, bool) { doPopulateRemainingSwitch(systemId); });
   if (remainingSwitch_.empty()) {
     handleMountTimeout();
-  } else {
-    mountClock_.timeMinIs(mountClock_.notifier()->now() + kMountWindow);
+  } else if (const Orm::Clock* const clock = mountClock_.notifier()) {
+    mountClock_.timeMinIs(clock->now() + kMountWindow);
   }
 }
 
@@ -352,13 +352,16 @@ void MountGroupInitialMountSm::handleAttrlogFlushTimer() {
                   ":", name_);
     const Orm::ActivityScope scope;
     attrlogFlushTimer_.timeMinIs(Orm::kNever);
+    if (const Orm::Clock* const clock = attrlogFlushTimer_.notifier()) completeAt_ = clock->now();
     serviceMountStatus_->initialMountsCompleteIs(name_, true);
     return;
   }
   INITIAL_TRACE(8, "MountGroupInitialMountSm::", "handleAttrlogFlushTimer",
                 " Attrlog flush not complete yet, remaining time until timeout: ",
                 attrlogFlushRemainingTime_);
-  attrlogFlushTimer_.timeMinIs(attrlogFlushTimer_.notifier()->now() + kAttrlogFlushWaitPeriod);
+  if (const Orm::Clock* const clock = attrlogFlushTimer_.notifier()) {
+    attrlogFlushTimer_.timeMinIs(clock->now() + kAttrlogFlushWaitPeriod);
+  }
   attrlogFlushRemainingTime_ -= kAttrlogFlushWaitPeriod;
 }
 
@@ -370,7 +373,8 @@ Ptr<SystemProcessedSm> MountGroupInitialMountSm::systemProcessedSmIs(
   if (SystemProcessedSm* present = systemProcessedSm_.find(systemName)) return present;
   Ptr<SystemProcessedSm> machine =
       systemProcessedSmFactory(systemName, groupName, systemStatus, processedSwitchSet);
-  systemProcessedSm_.insert(machine);
+  // Making it may have been the group's last step, and the end of the machine, or of what is there.
+  if (initialized_ && !systemProcessedSm_.has(systemName)) systemProcessedSm_.insert(machine);
   return machine;
 }
 

@@ -157,6 +157,8 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
   const OrmMountClock& mountClock() const { return mountClock_; }
   const OrmAttrlogFlushTimer& attrlogFlushTimer() const { return attrlogFlushTimer_; }
   Orm::Seconds attrlogFlushRemainingTime() const { return attrlogFlushRemainingTime_; }
+  /// When the group was reported complete; kNever before.
+  Orm::Seconds completeAt() const { return completeAt_; }
 
   // ---- children and nested reactors
 
@@ -209,6 +211,7 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
   SystemProcessedSms systemProcessedSm_;
   RemainingSwitches remainingSwitch_;
   Orm::Seconds attrlogFlushRemainingTime_ = 0;
+  Orm::Seconds completeAt_ = Orm::kNever;
   bool localInitialMountsComplete_ = false;
   bool initialized_ = false;
 };

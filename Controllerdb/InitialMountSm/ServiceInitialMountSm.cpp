@@ -67,7 +67,7 @@ void ServiceInitialMountSm::OrmServiceMountConfig::onAttribute(Orm::AttributeId 
 
 bool ServiceInitialMountSm::canHandleMountGroup() {
   const String& genId = serviceMountConfig_->genId();
-  const String& leaderGenId = controllerdbStatus_->leaderGenId();
+  const String leaderGenId = controllerdbStatus_ ? controllerdbStatus_->leaderGenId() : String();
   INITIAL_TRACE(8, "ServiceInitialMountSm::", "canHandleMountGroup", " mountConfig genId:", genId,
                 " controller genId:", leaderGenId);
   return !leaderGenId.empty() && leaderGenId == genId;
@@ -93,7 +93,11 @@ void ServiceInitialMountSm::handleMountGroupConfig(const String& groupName) {
   INITIAL_TRACE(8, "ServiceInitialMountSm::", "handleMountGroupConfig", " ", groupName);
   if (serviceMountConfig_->mountGroupConfig(groupName)) {
     INITIAL_TRACE(8, "handleMountGroupConfig", ": adding mountGroupInitialMountSm");
-    mountGroupInitialMountSmIs(groupName, serviceMountStatus_, oobStatus_, connectionPeriod_);
+    if (inMaking_.has(groupName)) return;
+    if (!mountGroupInitialMountSmIs(groupName, serviceMountStatus_, oobStatus_,
+                                    connectionPeriod_)) {
+      handleMountGroupConfig(groupName);  // it may be wanted again
+    }
   } else {
     mountGroupInitialMountSmDel(groupName);
   }
@@ -108,23 +112,26 @@ Ptr<MountGroupInitialMountSm> ServiceInitialMountSm::mountGroupInitialMountSmIs(
   if (MountGroupInitialMountSm* present = mountGroupInitialMountSm_.find(groupName)) {
     return present;
   }
+  if (inMaking_.has(groupName)) return nullptr;
+  inMaking_.begin(groupName);
   Ptr<MountGroupInitialMountSm> machine =
       mountGroupInitialMountSmFactory(groupName, serviceMountStatus, oobStatus, connectionPeriod);
-  // Making it may have completed its initial mounts, and that may have closed the generation.
-  if (isDeleted() || !initialized_ || !canHandleMountGroup()) {
+  if (!inMaking_.end(groupName)) {
     machine->doCleanup();
-    return machine;
+    return nullptr;
   }
   mountGroupInitialMountSm_.insert(machine);
   return machine;
 }
 
 void ServiceInitialMountSm::mountGroupInitialMountSmDel(const String& groupName) {
+  inMaking_.gone(groupName);
   const Ptr<MountGroupInitialMountSm> gone = mountGroupInitialMountSm_.take(groupName);
   if (gone) gone->doCleanup();
 }
 
 void ServiceInitialMountSm::mountGroupInitialMountSmDelAll() {
+  inMaking_.allGone();
   mountGroupInitialMountSm_.walk(
       [this](MountGroupInitialMountSm& group) { mountGroupInitialMountSmDel(group.name()); });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Controllerdb/InitialMountSm/ChildrenInMaking.h"
 #include "Controllerdb/InitialMountSm/MountGroupInitialMountSm.h"
 #include "Platform/Entities/Controllerdb/Status.h"
 #include "Platform/Entities/ServiceMount/ServiceMountConfig.h"
@@ -54,6 +55,7 @@ class ServiceInitialMountSm : public Orm::Sm, private Kobble::Counted<ServiceIni
   const MountGroupInitialMountSms& mountGroupInitialMountSm() const {
     return mountGroupInitialMountSm_;
   }
+  /// Null when the group was taken away, or is being made by a caller, while it is made.
   Orm::Ptr<MountGroupInitialMountSm> mountGroupInitialMountSmIs(
       const Orm::String& groupName, const Orm::Ptr<ServiceMountStatus>& serviceMountStatus,
       const Orm::Ptr<ControllerOob::Status const>& oobStatus,
@@ -73,6 +75,7 @@ class ServiceInitialMountSm : public Orm::Sm, private Kobble::Counted<ServiceIni
   OrmControllerdbStatus ormControllerdbStatus_;
   OrmServiceMountConfig ormServiceMountConfig_;
   MountGroupInitialMountSms mountGroupInitialMountSm_;
+  ChildrenInMaking inMaking_;
   bool initialized_ = false;
 };
 

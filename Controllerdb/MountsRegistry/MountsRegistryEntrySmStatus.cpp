@@ -41,6 +41,7 @@ void MountsRegistryEntrySm::OrmMountSmDataSm::handleMountState() {
                    systemId(), lastMountState_, state);
   const Connection connection = owner()->connectionOf(systemId());
   owner()->updateMountersStatus(connection, state);
+  if (isDeleted()) return;  // who was told of the status has taken the mount away
   if (lastMountState_ == MountState::unmounted || state != MountState::unmounted) {
     lastMountState_ = state;
   } else {

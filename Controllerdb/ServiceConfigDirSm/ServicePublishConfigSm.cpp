@@ -97,14 +97,14 @@ void ServicePublishConfigSm::handlePublishGroupConfig(const String& groupName) {
                groupName);
   if (!initialized_) return;
   const Ptr<ServicePublishGroupConfig const> group(publishConfig_->publishGroupConfig(groupName));
-  if (!group) {
-    removeGroup(groupName);
-    return;
+  if (group) {
+    const Ptr<ServicePublishGroupStatus> status =
+        publishStatus_->servicePublishGroupStatusIs(groupName);
+    status->publishStateIs(PublishState::configured);
+    publishGroupSmIs(controllerdbStatus_, publishConfig_, group, status, mountsRegistry_);
   }
-  const Ptr<ServicePublishGroupStatus> status =
-      publishStatus_->servicePublishGroupStatusIs(groupName);
-  status->publishStateIs(PublishState::configured);
-  publishGroupSmIs(controllerdbStatus_, publishConfig_, group, status, mountsRegistry_);
+  // Also when whoever was told of the status or of an entry took the group away, or the service.
+  if (!initialized_ || !publishConfig_->publishGroupConfig(groupName)) removeGroup(groupName);
 }
 
 void ServicePublishConfigSm::handleLeaderGenId() {
@@ -163,10 +163,9 @@ Ptr<ServicePublishGroupSm> ServicePublishConfigSm::publishGroupSmIs(
 }
 
 void ServicePublishConfigSm::publishGroupSmDel(const String& groupName) {
-  const Ptr<ServicePublishGroupSm> gone = publishGroupSm_.take(groupName);
-  if (!gone) return;
-  gone->hasNotificationActiveIs(false);
-  gone->doCleanup();
+  if (const Ptr<ServicePublishGroupSm> gone = publishGroupSm_.take(groupName)) {
+    gone->doFinalCleanup();
+  }
 }
 
 void ServicePublishConfigSm::publishGroupSmDelAll() {

@@ -140,11 +140,9 @@ void ServicePublishGroupSm::handlePublishDir() {
 void ServicePublishGroupSm::handlePublishDir(const String& path) {
   CONFIG_TRACE(8, "ServicePublishGroupSm::", "handlePublishDir", " ", path);
   if (!initialized_ || !parent_->canPublish()) return;
-  if (const Ptr<PublishDir const> dir = publishGroupConfig_->publishDir(path)) {
-    publishDirSmIs(dir);
-  } else {
-    publishDirSmDel(path);
-  }
+  if (const Ptr<PublishDir const> dir = publishGroupConfig_->publishDir(path)) publishDirSmIs(dir);
+  // Also when whoever was told of the entry took the directory away, or the group.
+  if (!initialized_ || !publishGroupConfig_->publishDir(path)) publishDirSmDel(path);
 }
 
 void ServicePublishGroupSm::handleSystemFilter() {
@@ -246,6 +244,12 @@ void ServicePublishGroupSm::doCleanup() {
   publishGroupConfig_->publishConfig().walk(
       [this](const PublishConfig& config) { removePublishConfig(config.path()); });
   publishDirSmDelAll();
+}
+
+void ServicePublishGroupSm::doFinalCleanup() {
+  initialized_ = false;
+  hasNotificationActiveIs(false);
+  doCleanup();
 }
 
 }  // namespace Controller

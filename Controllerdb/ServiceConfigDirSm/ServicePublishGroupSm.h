@@ -20,9 +20,9 @@ class ServicePublishConfigSm;
 /// A path that someone has published already is left to them; it is not tried again when they go.
 /// Removal goes by path and does not ask who added the entry.
 ///
-/// A child of ServicePublishConfigSm, which calls doCleanup before it lets the machine go. Loop
-/// thread only. A change of a path costs that path; a change of a generation or of a filter every
-/// path of the group.
+/// A child of ServicePublishConfigSm, which calls doFinalCleanup before it lets the machine go.
+/// Loop thread only. A change of a path costs that path; a change of a generation or of a filter
+/// every path of the group.
 class ServicePublishGroupSm : public Orm::Sm, private Kobble::Counted<ServicePublishGroupSm> {
  public:
   /// Reacts to the leader's generation.
@@ -96,6 +96,9 @@ class ServicePublishGroupSm : public Orm::Sm, private Kobble::Counted<ServicePub
 
   /// Removes the entries of all paths and directories; the paths' status stays.
   void doCleanup();
+  /// The clean-up before the machine is let go: nothing is added from then on, also by a handler
+  /// that is on the stack.
+  void doFinalCleanup();
 
   // ---- children
 
