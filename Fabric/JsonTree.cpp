@@ -1,7 +1,9 @@
 #include "Fabric/JsonTree.h"
 
+#include <cmath>
 #include <utility>
 
+#include "Fabric/Limits.h"
 #include "Fabric/Object.h"
 #include "Fabric/SystemIdText.h"
 
@@ -47,6 +49,15 @@ void JsonTree::begin(nlohmann::json empty, WhenEmpty whenEmpty) {
 void JsonTree::beginObject(WhenEmpty whenEmpty) { begin(nlohmann::json::object(), whenEmpty); }
 
 void JsonTree::beginArray(WhenEmpty whenEmpty) { begin(nlohmann::json::array(), whenEmpty); }
+
+void JsonTree::seconds(Orm::Seconds value) {
+  // A whole number is shown without a fraction, as it stands in the document.
+  if (std::floor(value) == value && std::abs(value) <= kMaxSeconds) {
+    add(static_cast<std::int64_t>(value));
+  } else {
+    add(value);
+  }
+}
 
 void JsonTree::end() {
   Open closed = std::move(open_.back());

@@ -31,7 +31,7 @@ class JsonTree final : public JsonSink {
   void text(std::string_view value) override { add(value); }
   void boolean(bool value) override { add(value); }
   void whole(std::int64_t value) override { add(value); }
-  void seconds(Orm::Seconds value) override { add(value); }
+  void seconds(Orm::Seconds value) override;
 
  private:
   /// An object or array that is open, and what is asked about its members.

@@ -33,6 +33,8 @@ void parse(CLI::App& app, std::vector<std::string> arguments) {
   }
   std::reverse(arguments.begin(), arguments.end());  // as CLI11 takes them
   app.parse(std::move(arguments));
+  if (app.get_subcommands().empty())
+    throw UsageError("expected a subcommand: sim; see zorb --help");
 }
 
 }  // namespace
@@ -42,7 +44,6 @@ int runCommand(const std::vector<std::string>& arguments, const Console& console
   app.footer(kFooter);
   app.set_version_flag("--version", std::string("zorb ") + kVersion, "Print the version and exit");
   app.set_help_flag("-h,--help", "Print this help and exit");
-  app.require_subcommand(1);
   SimCommand sim(app, console);
   try {
     parse(app, arguments);

@@ -4,13 +4,14 @@
 #include <cstring>
 #include <filesystem>
 #include <ostream>
+#include <utility>
 
 #include "Zorb/UsageError.h"
 
 namespace Zorb {
 
-OutputFile::OutputFile(const std::string& option, const std::string& path, const Console& console)
-    : option_(option), path_(path), standardOutput_(console.out) {
+OutputFile::OutputFile(std::string option, std::string path, const Console& console)
+    : option_(std::move(option)), path_(std::move(path)), standardOutput_(console.out) {
   if (isStandardOutput()) return;
   std::error_code error;
   const auto type = std::filesystem::status(path_, error).type();

@@ -15,7 +15,7 @@ namespace Zorb {
 class OutputFile {
  public:
   /// Throws UsageError, naming `option`, when the file cannot be written.
-  OutputFile(const std::string& option, const std::string& path, const Console& console);
+  OutputFile(std::string option, std::string path, const Console& console);
 
   bool isStandardOutput() const { return path_ == "-"; }
 

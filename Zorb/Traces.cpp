@@ -7,16 +7,14 @@ namespace Zorb {
 Traces::Traces(const std::vector<TraceOption>& options, std::ostream& out)
     : out_(out), sinkBefore_(Dualog::sinkIs(this)) {
   for (const TraceOption& option : options) {
-    levelsBefore_.push_back({option.handle, option.handle->level()});
+    // The last one first, for a handle that is named twice.
+    levelsBefore_.insert(levelsBefore_.begin(), {option.handle, option.handle->level()});
     option.handle->levelIs(option.level);
   }
 }
 
 Traces::~Traces() {
-  // Backwards, for a handle that was named twice.
-  for (auto before = levelsBefore_.rbegin(); before != levelsBefore_.rend(); ++before) {
-    before->handle->levelIs(before->level);
-  }
+  for (const TraceOption& before : levelsBefore_) before.handle->levelIs(before.level);
   Dualog::sinkIs(sinkBefore_);
 }
 

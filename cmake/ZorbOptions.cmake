@@ -1,7 +1,8 @@
 # What can be chosen when the build is configured, and the flags that follow from it.
 
 option(ZORB_HOST "Build the fabric document and the command `zorb`" ${PROJECT_IS_TOP_LEVEL})
-option(ZORB_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL})
+option(ZORB_TESTS "Register the tests with CTest" ${PROJECT_IS_TOP_LEVEL})
+option(ZORB_UNIT_TESTS "Build the unit tests; OFF: only what runs the command, and the checks" ON)
 option(ZORB_WERROR "Warnings are errors" ${PROJECT_IS_TOP_LEVEL})
 option(ZORB_SLABS "Entities and machines come from slabs; OFF: each from operator new" ON)
 option(ZORB_CHECK_HEADERS "Compile every header alone" OFF)
@@ -31,7 +32,9 @@ set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ${ZORB_CHECK_HEADERS})
 # every build type, so NDEBUG is not defined anywhere.
 set(CMAKE_CXX_FLAGS_RELEASE "-O2")
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
-set(CMAKE_CXX_FLAGS_DEBUG "-Og -g")
+if(NOT ZORB_SANITIZE)
+  set(CMAKE_CXX_FLAGS_DEBUG "-Og -g")
+endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion)
 if(ZORB_WERROR)

@@ -16,6 +16,7 @@ function(zorb_test_folder)
   set(target ${FOLDER_NAME}Test)
   add_executable(${target} ${sources})
   target_link_libraries(${target} PRIVATE ${FOLDER_LINKS} TestMain)
+  target_precompile_headers(${target} REUSE_FROM TestMain)
   zorb_discover(TARGET ${target} PREFIX ${ZORB_TEST_PREFIX}${FOLDER_NAME}.)
   if(ZORB_SANITIZE)
     zorb_discover(TARGET ${target} PREFIX ${ZORB_TEST_PREFIX}noslabs.${FOLDER_NAME}.

@@ -182,6 +182,12 @@ void MountGroupInitialMountSm::doPopulateRemainingSwitch(const SystemId& systemI
 
 void MountGroupInitialMountSm::OrmRemainingSwitch::onNotifier() {
   const Ptr<SystemStatus const> status(notifier());
+  if (!initialMountTrace.enabled(8)) {
+    if (const auto own = status->serviceMountGroupStatus(owner()->name())) {
+      serviceMountGroupStatusIs(Ptr<ServiceMountGroupStatus const>(own));
+    }
+    return;
+  }
   status->serviceMountGroupStatus().walk([this](ServiceMountGroupStatus& group) {
     serviceMountGroupStatusIs(Ptr<ServiceMountGroupStatus const>(&group));
   });
@@ -193,7 +199,8 @@ void MountGroupInitialMountSm::OrmRemainingSwitch::onAttribute(Orm::AttributeId 
   const auto& groupName = key.as<String>();
   if (const Ptr<ServiceMountGroupStatus const> status =
           notifier()->serviceMountGroupStatus(groupName)) {
-    serviceMountGroupStatusIs(status);
+    const bool isOwn = groupName == owner()->name();
+    if (isOwn || initialMountTrace.enabled(8)) serviceMountGroupStatusIs(status);
   } else {
     serviceMountGroupStatusDel(groupName);
   }

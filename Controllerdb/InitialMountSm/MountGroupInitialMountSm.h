@@ -79,7 +79,8 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
   };
 
   /// A switch whose mounts for the group are outstanding: reacts to its group statuses as they
-  /// come and go.
+  /// come and go. Of any group but the machine's own nothing follows but a trace, so that the
+  /// others are left alone while that is off: a service's groups would each watch all of them.
   class OrmRemainingSwitch final : public Orm::ReactorOn<SystemStatus, MountGroupInitialMountSm>,
                                    private Kobble::Counted<OrmRemainingSwitch> {
    public:

@@ -108,6 +108,8 @@ void MountsRegistrySm::handleMountEntry(const String& name) {
   if (entry) {
     if (machine) return;
     mountsRegistryEntrySmIs(entry, oobStatus_, serviceConfigDir_, directory_);
+    // Who was told of what the new machine did may have taken its entry away.
+    if (!mountsRegistry_->mountEntry(name)) handleMountEntry(name);
   } else if (machine) {
     REGISTRY_TRACE(8, "MountsRegistrySm::", "handleMountEntry", ": ",
                    " Deleting registry entry sm for :", name);
@@ -179,6 +181,8 @@ void MountsRegistrySm::handlePeer(const SystemId& systemId) {
     REGISTRY_TRACE(8, "MountsRegistrySm::", "handlePeer", " peer:", name, " added");
     if (controllerdbPublishStatus_) controllerdbPublishStatus_->systemIs(systemId);
     connectionServiceStatusDirSmIs(name, serviceStatusDir(*peer));
+    // Who was told of what was decided for the peer may have taken it away.
+    if (!peerTable() || !peerTable()->peer(systemId)) handlePeer(systemId);
     return;
   }
   const Ptr<ConnectionServiceStatusDirSm> machine(connectionServiceStatusDirSm_.find(name));

@@ -335,7 +335,8 @@ void PublishRegistryEntrySm::doDisconnectSwitch(const Connection& connection) {
   }
 }
 
-void PublishRegistryEntrySm::withdraw(SystemPublishedMount& system, const Connection& connection) {
+void PublishRegistryEntrySm::withdraw(SystemPublishedMount& system,
+                                      const Connection& connection) const {
   if (system.publishedMount().empty()) return;  // no need to know the path
   const String path = publishedPath(connection);
   const MountDesc* const mdesc = system.publishedMount().find(path);

@@ -150,7 +150,7 @@ class PublishRegistryEntrySm : public Orm::Sm, private Kobble::Counted<PublishRe
   Admission decide(const Peer& peer, const Connection& connection);
   Admission admissionByFilters(const Connection& connection);
   void admissionIs(const SystemId& systemId, Admission admission);
-  void withdraw(Controllerdb::SystemPublishedMount& system, const Connection& connection);
+  void withdraw(Controllerdb::SystemPublishedMount& system, const Connection& connection) const;
 
   Peer* peer(const SystemId& systemId) const;
   Connection connectionOf(const SystemId& systemId) const;

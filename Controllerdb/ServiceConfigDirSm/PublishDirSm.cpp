@@ -6,7 +6,6 @@
 namespace Controller {
 
 using Orm::Ptr;
-using Orm::String;
 
 Ptr<PublishDirSm> publishDirSmFactory(const Ptr<PublishDir const>& publishDir,
                                       ServicePublishGroupSm* parent) {

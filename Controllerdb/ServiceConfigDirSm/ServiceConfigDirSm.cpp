@@ -126,6 +126,12 @@ void ServiceConfigDirSm::handleServiceMountCommon(bool isProxy, const String& na
     CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServiceMountCommon",
                  " creating serviceMountConfigSm for ", name);
     serviceMountConfigSmIs(name, isProxy, controllerdbStatus_, config, status, mountsRegistry_);
+    // Who was told of the new mounters may have taken the service away.
+    const bool stays = isProxy ? memberOf<ServiceMountConfig const>(proxyMountConfigDir_, name) &&
+                                     memberOf<ServiceMountStatus>(proxyMountStatusDir_, name)
+                               : memberOf<ServiceMountConfig const>(mountConfigDir_, name) &&
+                                     memberOf<ServiceMountStatus>(mountStatusDir_, name);
+    if (!stays) serviceMountConfigSmDel(name);
   } else if (present) {
     CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServiceMountCommon", " deleting ", name,
                  " serviceMountConfigSm");

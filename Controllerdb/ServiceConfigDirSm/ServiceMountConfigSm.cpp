@@ -77,6 +77,8 @@ void ServiceMountConfigSm::handleMountGroupConfig(const String& groupName) {
   const Ptr<ServiceMountGroupConfig const> group(mountConfig_->mountGroupConfig(groupName));
   if (group) {
     mountGroupSmIs(controllerdbStatus_, group, mountConfig_, mountStatus_, mountsRegistry_);
+    // Who was told of the new mounters may have taken the group, or the service, away.
+    if (isDeleted() || !mountConfig_->mountGroupConfig(groupName)) mountGroupSmDel(groupName);
   } else {
     mountGroupSmDel(groupName);
   }

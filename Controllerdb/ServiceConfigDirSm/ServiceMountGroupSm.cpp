@@ -94,7 +94,7 @@ void ServiceMountGroupSm::handleMountConfig() {
 
 void ServiceMountGroupSm::handleMountConfig(const String& path) {
   CONFIG_TRACE(8, "ServiceMountGroupSm::", "handleMountConfig", ": ", path);
-  if (!initialized_ || !canMount()) return;
+  if (!initialized_ || isDeleted() || !canMount()) return;
   if (mountGroupConfig_->mountConfig(path)) {
     addMountConfig(path);
   } else {
@@ -139,6 +139,8 @@ void ServiceMountGroupSm::addMountConfig(const String& path) {
                  serviceName, groupName(), path, mre->targetPath());
   serviceMountStatus_->mountedPathPrefixIs(path, mre->targetPath());
   mre->mounterIs({serviceName, groupName()}, mountConfig, mountGroupConfig_, serviceMountStatus_);
+  // Who was told of it may have taken this machine away, before there was a mounter to take off.
+  if (isDeleted()) removeMountConfig(path);
 }
 
 Ptr<MountsRegistryEntry> ServiceMountGroupSm::newMountEntry(const MountConfig& mountConfig) {

@@ -21,11 +21,11 @@ Ptr<ServicePublishConfigSm> servicePublishConfigSmFactory(
 // ---- construct
 
 ServicePublishConfigSm::ServicePublishConfigSm(
-    const String& serviceKey, Ptr<Controllerdb::Status const> controllerdbStatus,
+    String serviceKey, Ptr<Controllerdb::Status const> controllerdbStatus,
     Ptr<ServicePublishConfig const> publishConfig, Ptr<ServicePublishStatus> publishStatus,
     Ptr<Controllerdb::PublishStatus> controllerdbPublishStatus, Ptr<MountsRegistry> mountsRegistry,
     ServiceConfigDirSm* parent)
-    : serviceKey_(serviceKey),
+    : serviceKey_(std::move(serviceKey)),
       controllerdbStatus_(std::move(controllerdbStatus)),
       publishConfig_(std::move(publishConfig)),
       publishStatus_(std::move(publishStatus)),

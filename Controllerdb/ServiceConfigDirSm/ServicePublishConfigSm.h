@@ -34,7 +34,7 @@ class ServicePublishConfigSm : public Orm::Sm, private Kobble::Counted<ServicePu
   };
 
   /// `serviceKey` is the name under which the configuration stands in its directory.
-  ServicePublishConfigSm(const Orm::String& serviceKey,
+  ServicePublishConfigSm(Orm::String serviceKey,
                          Orm::Ptr<Controllerdb::Status const> controllerdbStatus,
                          Orm::Ptr<ServicePublishConfig const> publishConfig,
                          Orm::Ptr<ServicePublishStatus> publishStatus,

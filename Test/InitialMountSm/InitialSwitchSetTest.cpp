@@ -1,0 +1,47 @@
+#include <gtest/gtest.h>
+
+#include "Controllerdb/InitialMountSm/InitialSwitchSet.h"
+#include "Test/Support/Recorder.h"
+
+namespace Controller {
+namespace {
+
+const SystemId kLeaf1 = SystemId::ofName("02:00:00:00:00:01");
+const SystemId kLeaf2 = SystemId::ofName("02:00:00:00:00:02");
+
+TEST(InitialSwitchSetTest, Members_AreInsertedOverwrittenAndRemoved) {
+  const auto set = Orm::make<InitialSwitchSet>();
+  set->initialSwitchIs(kLeaf1, true);
+  set->initialSwitchIs(kLeaf2, true);
+  EXPECT_EQ(set->initialSwitch().size(), 2U);
+  set->initialSwitchIs(kLeaf1, false);
+  EXPECT_EQ(set->initialSwitch().size(), 2U);
+  EXPECT_FALSE(set->initialSwitch().value(kLeaf1));
+  set->initialSwitchDel(kLeaf1);
+  set->initialSwitchDel(kLeaf1);
+  EXPECT_FALSE(set->initialSwitch().has(kLeaf1));
+  set->initialSwitchDelAll();
+  EXPECT_TRUE(set->initialSwitch().empty());
+}
+
+TEST(InitialSwitchSetTest, Changes_AreToldToNobody) {
+  const auto set = Orm::make<InitialSwitchSet>();
+  const Support::Recorder recorder(set);
+  set->initialSwitchIs(kLeaf1, true);
+  set->initialSwitchIs(kLeaf1, false);
+  set->initialSwitchDel(kLeaf1);
+  set->initialSwitchIs(kLeaf2, true);
+  set->initialSwitchDelAll();
+  set->completeIs(true);
+  EXPECT_EQ(recorder.told(), 0U);
+}
+
+TEST(InitialSwitchSetTest, Complete_StartsFalse) {
+  const auto set = Orm::make<InitialSwitchSet>();
+  EXPECT_FALSE(set->complete());
+  set->completeIs(true);
+  EXPECT_TRUE(set->complete());
+}
+
+}  // namespace
+}  // namespace Controller

@@ -1,0 +1,425 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Platform/Orm/Collection.h"
+#include "Test/Orm/Samples.h"
+
+namespace {
+
+using Orm::Ptr;
+using Orm::String;
+using OrmTest::Thing;
+using testing::ElementsAre;
+
+using Things = Orm::Collection<Ptr<Thing>, &Thing::name>;
+
+String nameOf(int number) { return String("thing-" + std::to_string(number)); }
+
+void fill(Things& things, int count) {
+  for (int number = 0; number != count; ++number) things.insert(Orm::make<Thing>(nameOf(number)));
+}
+
+std::vector<std::string> walked(const Things& things) {
+  std::vector<std::string> names;
+  things.walk([&](const Thing& thing) { names.push_back(thing.name().str()); });
+  return names;
+}
+
+std::vector<std::string> iterated(const Things& things) {
+  std::vector<std::string> names;
+  for (const auto& thing : things) names.push_back(thing->name().str());
+  return names;
+}
+
+TEST(CollectionTest, Empty_HasNothing) {
+  Things things;
+  EXPECT_TRUE(things.empty());
+  EXPECT_EQ(things.size(), 0U);
+  EXPECT_EQ(things.find("a"), nullptr);
+  EXPECT_FALSE(things.has("a"));
+  EXPECT_FALSE(things.take("a"));
+  EXPECT_TRUE(walked(things).empty());
+  EXPECT_EQ(things.begin(), things.end());
+  things.clear();
+  EXPECT_EQ(Kobble::bytesInUse(), 0U);
+}
+
+TEST(CollectionTest, Insert_FindsTheMemberByItsOwnKey) {
+  Things things;
+  const auto member = Orm::make<Thing>("a");
+  EXPECT_EQ(&things.insert(member), member.get());
+  EXPECT_EQ(things.find("a"), member.get());
+  EXPECT_TRUE(things.has("a"));
+  EXPECT_FALSE(things.has("b"));
+  EXPECT_EQ(member->refCount(), 2U);
+}
+
+TEST(CollectionTest, Take_HandsTheMemberOver) {
+  Things things;
+  fill(things, 3);
+  const Ptr<Thing> taken = things.take(nameOf(1));
+  ASSERT_TRUE(taken);
+  EXPECT_EQ(taken->refCount(), 1U);
+  EXPECT_EQ(things.size(), 2U);
+  EXPECT_FALSE(things.take(nameOf(1)));
+  EXPECT_THAT(walked(things), ElementsAre("thing-0", "thing-2"));
+}
+
+TEST(CollectionTest, Take_ByTheMembersOwnKey) {
+  for (const int count : {1, 3, 40}) {
+    Things things;
+    fill(things, count);
+    for (int number = 0; number != count; ++number) {
+      const String& key = things.find(nameOf(number))->name();
+      EXPECT_TRUE(things.take(key));  // what is taken goes at once, its key with it
+    }
+    EXPECT_TRUE(things.empty());
+  }
+}
+
+TEST(CollectionTest, Walk_IsInOrderOfInsertionAtAllSizes) {
+  Things things;
+  std::vector<std::string> expected;
+  for (int number = 0; number != 200; ++number) {
+    things.insert(Orm::make<Thing>(nameOf(number)));
+    expected.push_back(nameOf(number).str());
+    ASSERT_EQ(walked(things), expected);
+    ASSERT_EQ(iterated(things), expected);
+  }
+}
+
+TEST(CollectionTest, InsertedAgain_ComesLast) {
+  Things things;
+  fill(things, 4);
+  things.insert(things.take(nameOf(1)));
+  EXPECT_THAT(walked(things), ElementsAre("thing-0", "thing-2", "thing-3", "thing-1"));
+}
+
+TEST(CollectionTest, Clear_LetsAllMembersGoAndGivesTheMemoryBack) {
+  const std::size_t before = Kobble::bytesInUse();
+  Things things;
+  fill(things, 100);
+  things.clear();
+  EXPECT_EQ(Kobble::liveObjects(), 0U);
+  EXPECT_EQ(Kobble::bytesInUse(), before);
+  fill(things, 1);
+  EXPECT_THAT(walked(things), ElementsAre("thing-0"));
+}
+
+TEST(CollectionTest, LastMemberTaken_GivesTheMemoryBack) {
+  const std::size_t before = Kobble::bytesInUse();
+  Things things;
+  fill(things, 100);
+  for (int number = 0; number != 100; ++number) things.take(nameOf(number * 37 % 100));
+  EXPECT_EQ(Kobble::bytesInUse(), before);
+}
+
+TEST(CollectionTest, Growth_FromNothingToTenThousandAndBack) {
+  Things things;
+  for (int number = 0; number != 10'000; ++number) {
+    ASSERT_EQ(things.size(), static_cast<std::uint32_t>(number));
+    ASSERT_FALSE(things.has(nameOf(number)));
+    things.insert(Orm::make<Thing>(nameOf(number)));
+    ASSERT_TRUE(things.has(nameOf(number)));
+    ASSERT_TRUE(things.has(nameOf(number / 2)));
+  }
+  int next = 0;
+  things.walk([&](const Thing& thing) { ASSERT_EQ(thing.name(), nameOf(next++)); });
+  for (int number = 0; number != 10'000; ++number) {
+    ASSERT_TRUE(things.take(nameOf(number)));
+    ASSERT_FALSE(things.has(nameOf(number)));
+    if (number % 97 == 0 && number != 9'999) {
+      ASSERT_EQ((*things.begin())->name(), nameOf(number + 1));
+      ASSERT_TRUE(things.has(nameOf(9'999)));
+    }
+  }
+  EXPECT_TRUE(things.empty());
+}
+
+TEST(CollectionTest, Compaction_KeepsOrderAndMembersAndBoundsTheMemory) {
+  Things things;
+  constexpr int kWindow = 100;
+  fill(things, kWindow);
+  std::size_t most = 0;
+  for (int number = kWindow; number != 5'000; ++number) {
+    things.take(nameOf(number - kWindow));
+    things.insert(Orm::make<Thing>(nameOf(number)));
+    most = std::max(most, Kobble::bytesInUse());
+    ASSERT_EQ(things.size(), static_cast<std::uint32_t>(kWindow));
+    if (number % 41 != 0) continue;
+    int expected = number - kWindow;
+    for (const auto& thing : things) ASSERT_EQ(thing->name(), nameOf(++expected));
+    ASSERT_EQ(expected, number);
+  }
+  // Members and names alone: 100 x (about 80 + 32); the table itself some 300 places.
+  EXPECT_LT(most, 100U * 112 + 300 * 16 + 2048);
+}
+
+/// Walks of 5 members (no index) and of 60 (an index), with changes meanwhile.
+class CollectionWalkTest : public testing::TestWithParam<int> {
+ protected:
+  void SetUp() override { fill(things_, GetParam()); }
+
+  /// Walks, and calls change(number) with the number of each member that is visited.
+  template <class Change>
+  std::vector<int> walk(Change&& change) {
+    std::vector<int> visited;
+    things_.walk([&](const Thing& thing) {
+      visited.push_back(std::stoi(thing.name().substr(6).str()));
+      change(visited.back());
+    });
+    return visited;
+  }
+
+  std::vector<int> numbers(int from, int to) const {
+    std::vector<int> all;
+    for (int number = from; number < to; ++number) all.push_back(number);
+    return all;
+  }
+
+  const int count_ = GetParam();
+  Things things_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Collection, CollectionWalkTest, testing::Values(5, 8, 9, 60),
+                         testing::PrintToStringParamName());
+
+TEST_P(CollectionWalkTest, CurrentMemberRemoved_IsAliveWhileItIsVisited) {
+  things_.walk([&](const Thing& thing) {
+    const String name = thing.name();
+    things_.take(name);
+    EXPECT_EQ(thing.name(), name);
+    EXPECT_FALSE(things_.has(name));
+  });
+  EXPECT_TRUE(things_.empty());
+}
+
+TEST_P(CollectionWalkTest, EarlierMemberRemoved_EachOfTheOthersIsVisitedOnce) {
+  EXPECT_EQ(walk([&](int number) { things_.take(nameOf(number - 1)); }), numbers(0, count_));
+  EXPECT_EQ(things_.size(), 1U);
+}
+
+TEST_P(CollectionWalkTest, LaterMemberRemoved_IsNotVisited) {
+  std::vector<int> expected;
+  for (int number = 0; number < count_; number += 2) expected.push_back(number);
+  EXPECT_EQ(walk([&](int number) { things_.take(nameOf(number + 1)); }), expected);
+  EXPECT_EQ(things_.size(), expected.size());
+}
+
+TEST_P(CollectionWalkTest, LastMemberRemovedByTheFirst_IsNotVisited) {
+  EXPECT_EQ(walk([&](int) { things_.take(nameOf(count_ - 1)); }), numbers(0, count_ - 1));
+}
+
+TEST_P(CollectionWalkTest, NewMembers_AreNotVisitedButThereAfterwards) {
+  EXPECT_EQ(walk([&](int number) { things_.insert(Orm::make<Thing>(nameOf(1000 + number))); }),
+            numbers(0, count_));
+  EXPECT_EQ(things_.size(), 2U * static_cast<unsigned>(count_));
+  for (int number = 0; number != count_; ++number) {
+    EXPECT_TRUE(things_.has(nameOf(number)));
+    EXPECT_TRUE(things_.has(nameOf(1000 + number)));
+  }
+}
+
+TEST_P(CollectionWalkTest, MemberReplacedUnderItsKey_TheNewOneIsNotVisited) {
+  std::vector<int> expected{0};
+  for (int number = 3; number < count_; ++number) expected.push_back(number);
+  EXPECT_EQ(walk([&](int number) {
+              if (number != 0) return;
+              for (const int later : {1, 2}) {
+                things_.take(nameOf(later));
+                things_.insert(Orm::make<Thing>(nameOf(later)));
+              }
+            }),
+            expected);
+  EXPECT_EQ(things_.size(), static_cast<unsigned>(count_));
+}
+
+TEST_P(CollectionWalkTest, EverythingCleared_EndsTheWalkAndLeavesAnEmptyCollection) {
+  EXPECT_EQ(walk([&](int number) {
+              if (number == 2) things_.clear();
+              EXPECT_EQ(things_.has(nameOf(number)), number < 2);
+            }),
+            numbers(0, 3));
+  EXPECT_TRUE(things_.empty());
+  EXPECT_EQ(Kobble::liveObjects(), 0U);
+  EXPECT_EQ(Kobble::bytesInUse(), 0U);
+}
+
+TEST_P(CollectionWalkTest, EverythingClearedAndFilledAnew_TheNewMembersAreNotVisited) {
+  EXPECT_EQ(walk([&](int number) {
+              if (number != 1) return;
+              things_.clear();
+              fill(things_, 30);
+              EXPECT_EQ(things_.size(), 30U);
+              EXPECT_TRUE(things_.has(nameOf(29)));
+              EXPECT_TRUE(things_.take(nameOf(29)));
+            }),
+            numbers(0, 2));
+  EXPECT_EQ(things_.size(), 29U);
+  int next = 0;
+  for (const auto& thing : things_) EXPECT_EQ(thing->name(), nameOf(next++));
+  EXPECT_EQ(next, 29);
+}
+
+TEST_P(CollectionWalkTest, MembersTakenOneByOneDuringTheWalk_CanComeAnew) {
+  EXPECT_EQ(walk([&](int number) {
+              if (number != 0) return;
+              for (int each = 0; each != count_; ++each) things_.take(nameOf(each));
+              EXPECT_TRUE(things_.empty());
+              EXPECT_TRUE(walked(things_).empty());
+              fill(things_, count_);
+            }),
+            numbers(0, 1));
+  EXPECT_EQ(things_.size(), static_cast<unsigned>(count_));
+}
+
+TEST_P(CollectionWalkTest, NestedWalks_EachVisitsWhatIsThereWhenItBegins) {
+  std::vector<std::size_t> inner;
+  EXPECT_EQ(walk([&](int number) {
+              things_.take(nameOf(number));
+              things_.insert(Orm::make<Thing>(nameOf(1000 + number)));
+              inner.push_back(walked(things_).size());
+              things_.walk([&](const Thing&) {
+                things_.take(nameOf(2000 + number));
+                things_.insert(Orm::make<Thing>(nameOf(2000 + number)));
+              });
+              things_.take(nameOf(2000 + number));
+            }),
+            numbers(0, count_));
+  EXPECT_EQ(inner, std::vector<std::size_t>(static_cast<std::size_t>(count_),
+                                            static_cast<std::size_t>(count_)));
+  int next = 1000;
+  for (const auto& thing : things_) EXPECT_EQ(thing->name(), nameOf(next++));
+}
+
+TEST_P(CollectionWalkTest, ClearedInANestedWalk_BothWalksEnd) {
+  EXPECT_EQ(walk([&](int) { things_.walk([&](const Thing&) { things_.clear(); }); }),
+            numbers(0, 1));
+  EXPECT_TRUE(things_.empty());
+}
+
+TEST_P(CollectionWalkTest, AnExceptionEndsTheWalkAndLeavesTheCollectionUsable) {
+  EXPECT_THROW(walk([&](int number) {
+                 things_.take(nameOf(number));
+                 if (number == 2) throw 1;
+               }),
+               int);
+  EXPECT_EQ(walk([](int) {}), numbers(3, count_));
+  fill(things_, 3);
+  EXPECT_EQ(things_.size(), static_cast<unsigned>(count_));
+}
+
+/// A thing that does what the test says when it goes.
+class LastWill : public Thing {
+ public:
+  LastWill(String name, std::function<void()> will)
+      : Thing(std::move(name)), will_(std::move(will)) {}
+  ~LastWill() override { will_(); }
+
+ private:
+  std::function<void()> will_;
+};
+
+TEST_P(CollectionWalkTest, AMemberThatGoesChangesTheCollectionWhileItIsCleared) {
+  for (const bool duringAWalk : {false, true}) {
+    Things things;
+    for (int number = 0; number != count_; ++number) {
+      things.insert(Orm::make<LastWill>(nameOf(number), [&things, number] {
+        things.take(nameOf(number + 1));
+        EXPECT_FALSE(things.has(nameOf(number)));
+        things.insert(Orm::make<Thing>(nameOf(1000 + number)));
+      }));
+    }
+    if (duringAWalk) {
+      things.walk([&](const Thing&) {
+        things.clear();
+        EXPECT_EQ(things.size(), static_cast<unsigned>(count_ - 1)) << "the visited one is held";
+        EXPECT_TRUE(things.has(nameOf(1001)));
+      });
+    } else {
+      things.clear();
+    }
+    EXPECT_EQ(things.size(), static_cast<unsigned>(count_)) << "what came when the others went";
+    for (const auto& thing : things) {
+      EXPECT_EQ(things.find(thing->name()), thing.get());
+      EXPECT_GE(std::stoi(thing->name().substr(6).str()), 1000);
+    }
+    for (int number = 0; number != count_; ++number) EXPECT_FALSE(things.has(nameOf(number)));
+    things.clear();
+    EXPECT_TRUE(things.empty());
+  }
+}
+
+TEST(CollectionDeathTest, Insert_UnderAKeyThatIsThereStopsTheProcess) {
+  for (const int count : {3, 30}) {
+    Things things;
+    fill(things, count);
+    EXPECT_DEATH(things.insert(Orm::make<Thing>(nameOf(1))), "assertion failed: !has\\( key \\)");
+  }
+}
+
+TEST(CollectionDeathTest, OwnerGoneDuringAWalk_OfAnEntityStopsTheProcess) {
+  // A machine outlives the walk; an entity must be held by whoever walks its collections.
+  class Owner : public Orm::Entity {
+   public:
+    Things things;
+  };
+  auto owner = Orm::make<Owner>();
+  fill(owner->things, 2);
+  EXPECT_DEATH(owner->things.walk([&](const Thing&) { owner = nullptr; }),
+               "assertion failed: walks_ == 0");
+}
+
+/// Reactors in a collection: their one owner is the collection, and retiring is how they end.
+class NamedReactor : public Orm::Reactor, private Kobble::Counted<NamedReactor> {
+ public:
+  NamedReactor(std::uint32_t number, const Ptr<Thing>& thing) : number_(number) {
+    watchedIs(thing);
+  }
+  std::uint32_t number() const { return number_; }
+  void onAttribute(Orm::AttributeId, const Orm::Key&) override { ++told; }
+  int told = 0;
+
+ private:
+  std::uint32_t number_;
+};
+
+using Reactors = Orm::Collection<Orm::Owned<NamedReactor>, &NamedReactor::number>;
+
+TEST(CollectionTest, OwnedReactors_GoWithTheirCollection) {
+  const auto thing = Orm::make<Thing>();
+  {
+    Reactors reactors;
+    for (std::uint32_t number = 0; number != 20; ++number) {
+      reactors.insert(Orm::Owned<NamedReactor>(new NamedReactor(number, thing)));
+    }
+    EXPECT_EQ(thing->notifieeCount(), 20U);
+    EXPECT_TRUE(reactors.take(7));
+    EXPECT_EQ(thing->notifieeCount(), 19U);
+    EXPECT_EQ(reactors.find(8)->number(), 8U);
+  }
+  EXPECT_EQ(thing->notifieeCount(), 0U);
+}
+
+TEST(CollectionTest, OwnedReactors_RemovedDuringAWalkAreMarkedAndReclaimedAfterIt) {
+  const auto thing = Orm::make<Thing>();
+  Reactors reactors;
+  for (std::uint32_t number = 0; number != 12; ++number) {
+    reactors.insert(Orm::Owned<NamedReactor>(new NamedReactor(number, thing)));
+  }
+  reactors.walk([&](const NamedReactor& reactor) {
+    reactors.take(reactor.number());
+    EXPECT_TRUE(reactor.isDeleted());
+    thing->valueIs(thing->value() + 1);
+    EXPECT_EQ(reactor.told, static_cast<int>(reactor.number()));
+  });
+  EXPECT_TRUE(reactors.empty());
+  EXPECT_EQ(thing->notifieeCount(), 0U);
+}
+
+}  // namespace

@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "Platform/Pomix/EthAddr.h"
+
+namespace {
+
+using Pomix::EthAddr;
+
+std::string textOf(const EthAddr& address) {
+  std::string text;
+  address.appendTo(text);
+  return text;
+}
+
+TEST(EthAddrTest, Parse_ReadsEitherCaseAndWritesLowerCase) {
+  const auto address = EthAddr::parse("0A:1b:2C:3d:4E:5f");
+  ASSERT_TRUE(address);
+  EXPECT_EQ(address->value(), 0x0a1b2c3d4e5fU);
+  EXPECT_EQ(textOf(*address), "0a:1b:2c:3d:4e:5f");
+}
+
+TEST(EthAddrTest, Parse_TakesNothingButAWholeAddress) {
+  for (const char* text :
+       {"", "00", "00:00:00:00:00", "00:00:00:00:00:0", "00:00:00:00:00:000",
+        "00:00:00:00:00:00:", "00:00:00:00:00:00:00", ":00:00:00:00:00:0", "00-00-00-00-00-00",
+        "00:00:00:00:00:0g", "g0:00:00:00:00:00", " 0:00:00:00:00:00", "00:00:00:00:00 00",
+        "0000.0000.0000aaa", "+0:00:00:00:00:00", "0x:00:00:00:00:00"}) {
+    EXPECT_FALSE(EthAddr::parse(text)) << text;
+  }
+}
+
+TEST(EthAddrTest, FromValue_TakesTheLowestSixBytes) {
+  EXPECT_EQ(textOf(EthAddr::fromValue(0xffff'0102'0304'0506U)), "01:02:03:04:05:06");
+  EXPECT_EQ(EthAddr::fromValue(0xffff'0102'0304'0506U).value(), 0x0102'0304'0506U);
+  EXPECT_EQ(textOf(EthAddr()), "00:00:00:00:00:00");
+}
+
+TEST(EthAddrTest, Comparison_FollowsTheBytes) {
+  const EthAddr low = EthAddr::fromValue(0x00ff'ffff'ffffU);
+  const EthAddr high = EthAddr::fromValue(0x0100'0000'0000U);
+  EXPECT_LT(low, high);
+  EXPECT_EQ(low, EthAddr::fromValue(0x00ff'ffff'ffffU));
+  EXPECT_NE(low, high);
+}
+
+TEST(EthAddrTest, Hash_SpreadsNeighboursInTheTopBits) {
+  std::set<std::uint32_t> tops;
+  for (std::uint64_t value = 0; value != 1000; ++value) {
+    tops.insert(EthAddr::fromValue(0x001c'7300'0000U + value).hash() >> 20);
+  }
+  EXPECT_GT(tops.size(), 800U);  // of 4096 places
+  EXPECT_EQ(EthAddr::fromValue(7).hash(), EthAddr::fromValue(7).hash());
+}
+
+}  // namespace
