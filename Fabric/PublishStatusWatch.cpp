@@ -47,7 +47,7 @@ void PublishStatusWatch::OrmPublishStatus::handleReady(const String& serviceName
 
 void PublishStatusWatch::OrmSystem::onAttribute(Orm::AttributeId attribute, const Orm::Key& key) {
   if (attribute != SystemPublishedMount::Attr::publishedMount) return;
-  const String& path = key.as<String>();
+  const auto& path = key.as<String>();
   const String system = systemId().stringValue();
   if (const Controllerdb::MountDesc* mount = notifier()->publishedMount().find(path)) {
     owner()->events_.published(system, *mount);

@@ -35,17 +35,21 @@ def main():
             "clang's run": ROOT / "build/clang/bin/zorb"}
     fabrics = sorted([*ROOT.glob("examples/*.yaml"), *ROOT.glob("Test/fabrics/*.yaml")])
     differences = 0
+    events = 0
     with tempfile.TemporaryDirectory() as place:
         for fabric in fabrics:
             results = [documents(zorb, fabric, Path(place) / name.replace(" ", "-"))
                        for name, zorb in runs.items()]
+            events += len(results[0]["events"])
             for name, result in zip(runs, results):
+                if not result["state"]:
+                    sys.exit(f"{fabric}: {name}: no state document")
                 for kind, content in result.items():
-                    if not content:
-                        sys.exit(f"{fabric}: {name}: no {kind}")
                     if content != results[0][kind]:
                         print(f"{fabric.relative_to(ROOT)}: {kind} of the {name} differs")
                         differences += 1
+    if events == 0:
+        sys.exit("no run has written an event")
     if differences or not fabrics:
         sys.exit(f"{differences} differences in {len(fabrics)} fabrics")
     print(f"{len(fabrics)} fabrics, the same documents from three runs")
