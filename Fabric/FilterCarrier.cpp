@@ -66,13 +66,13 @@ void edit(MountFilterServiceVersion& filter, const Object& patch) {
 }
 
 Orm::Ptr<MountFilterSystem> newSystemFilter(const String& name, const Object& members) {
-  const auto filter = Orm::make<MountFilterSystem>(name);
+  auto filter = Orm::make<MountFilterSystem>(name);
   edit(*filter, members);
   return filter;
 }
 
 Orm::Ptr<MountFilterServiceVersion> newVersionFilter(const String& name, const Object& members) {
-  const auto filter = Orm::make<MountFilterServiceVersion>(name);
+  auto filter = Orm::make<MountFilterServiceVersion>(name);
   edit(*filter, members);
   return filter;
 }

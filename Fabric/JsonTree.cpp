@@ -15,7 +15,7 @@ JsonTree::JsonTree(const Value& expect, const SwitchResolver& resolve)
 bool JsonTree::key(std::string_view key) {
   const Open& open = open_.back();
   const bool wanted = open.wanted == nullptr || open.wanted->find(key) != nullptr ||
-                      open.wantedSwitches.count(std::string(key)) != 0;
+                      open.wantedSwitches.contains(std::string(key));
   if (wanted) key_ = key;
   return wanted;
 }

@@ -83,7 +83,7 @@ void carryGroups(ServiceMountConfig& config, const ServiceBlockView& after, cons
 
 Ptr<ServiceMountConfig> MountBlockPolicy::build(const String& service,
                                                 const ServiceBlockView& after) {
-  const auto config = Orm::make<ServiceMountConfig>();
+  auto config = Orm::make<ServiceMountConfig>();
   config->genIdIs(String(after.generation()));
   config->serviceNameIs(String(after.serviceName(service)));
   for (const Object::Member& group : after.groups()) {

@@ -110,7 +110,7 @@ void carryGroups(ServicePublishConfig& config, const ServiceBlockView& after, co
 
 Ptr<ServicePublishConfig> PublishBlockPolicy::build(const String& service,
                                                     const ServiceBlockView& after) {
-  const auto config = Orm::make<ServicePublishConfig>();
+  auto config = Orm::make<ServicePublishConfig>();
   config->genIdIs(String(after.generation()));
   config->serviceNameIs(String(after.serviceName(service)));
   for (const Object::Member& group : after.groups()) {

@@ -154,7 +154,7 @@ void ReportBuilder::note(Reasons& reasons, const Reason& reason, std::size_t ind
   if (!worst || reason < *worst) worst = reason;
 }
 
-void ReportBuilder::addReasons(const String& path, Reasons reasons) {
+void ReportBuilder::addReasons(const String& path, Reasons&& reasons) {
   for (auto& [reason, switches] : reasons) {
     const auto [at, isNew] =
         missing_.try_emplace({reason, std::move(switches.indices)}, Report::Missing());

@@ -58,7 +58,7 @@ class ReportBuilder {
   bool isKept(const Controller::MountsRegistryEntrySm& entry, std::size_t index) const;
   void note(Reasons& reasons, const Reason& reason, std::size_t index,
             std::optional<Orm::Seconds> asked);
-  void addReasons(const Orm::String& path, Reasons reasons);
+  void addReasons(const Orm::String& path, Reasons&& reasons);
   void finishGroup(Report::Group& group);
 
   const World& world_;

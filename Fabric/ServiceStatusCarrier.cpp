@@ -23,7 +23,7 @@ Ptr<ServiceVersionStatusV1> newVersionStatus(const ServiceStatusView& view) {
 }
 
 Ptr<ServiceStatusV1> newStatus(const String& name, const ServiceStatusView& view) {
-  const auto status = Orm::make<ServiceStatusV1>(name);
+  auto status = Orm::make<ServiceStatusV1>(name);
   status->enabledIs(view.enabled());
   status->versionStatusIs(newVersionStatus(view));
   return status;
@@ -51,7 +51,7 @@ void changeStatus(ServiceStatusV1& status, const ServiceStatusView& after, const
 }  // namespace
 
 Ptr<ServiceStatusDir> newServiceStatusDir(const SwitchView& view) {
-  const auto dir = Orm::make<ServiceStatusDir>();
+  auto dir = Orm::make<ServiceStatusDir>();
   for (const Object::Member& service : view.services()) {
     dir->serviceIs(newStatus(String(*service.key), ServiceStatusView(&service.value)));
   }

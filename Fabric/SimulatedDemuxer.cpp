@@ -4,9 +4,9 @@
 
 namespace Fabric {
 
-SimulatedDemuxer::SimulatedDemuxer(const Orm::Ptr<Orm::NboAttrLog::Demuxer>& demuxer,
+SimulatedDemuxer::SimulatedDemuxer(Orm::Ptr<Orm::NboAttrLog::Demuxer> demuxer,
                                    Orm::Ptr<Orm::Clock> clock)
-    : demuxer_(demuxer), clock_(std::move(clock)), mountTable_(this) {
+    : demuxer_(std::move(demuxer)), clock_(std::move(clock)), mountTable_(this) {
   mountTable_.notifierIs(demuxer_->mountTable());
 }
 

@@ -17,7 +17,7 @@ namespace Fabric {
 /// Watches the demultiplexer as long as it exists. Loop thread only.
 class SimulatedDemuxer {
  public:
-  SimulatedDemuxer(const Orm::Ptr<Orm::NboAttrLog::Demuxer>& demuxer, Orm::Ptr<Orm::Clock> clock);
+  SimulatedDemuxer(Orm::Ptr<Orm::NboAttrLog::Demuxer> demuxer, Orm::Ptr<Orm::Clock> clock);
 
   Orm::NboAttrLog::Demuxer& demuxer() const { return *demuxer_; }
   /// Seconds; 0: within the call; nothing: never.

@@ -28,9 +28,7 @@ void SimulationRun::eventsIs(std::ostream& out) {
   log_.observerIs(events_.get());
   simulation_.mounts().observerIs(*events_);
   const World& world = simulation_.world();
-  watches_.reset(new Watches{{world.mountStatusDir(), *events_},
-                             {world.proxyMountStatusDir(), *events_},
-                             {world.publishStatus(), *events_}});
+  watches_ = std::make_unique<Watches>(world, *events_);
 }
 
 void SimulationRun::run() {

@@ -13,6 +13,7 @@
 #include "Fabric/Report.h"
 #include "Fabric/Simulation.h"
 #include "Fabric/StateDocument.h"
+#include "Fabric/World.h"
 
 namespace Fabric {
 
@@ -56,6 +57,11 @@ class SimulationRun {
 
  private:
   struct Watches {
+    Watches(const World& world, EventStream& events)
+        : mounts(world.mountStatusDir(), events),
+          proxyMounts(world.proxyMountStatusDir(), events),
+          publications(world.publishStatus(), events) {}
+
     MountStatusWatch mounts;
     MountStatusWatch proxyMounts;
     PublishStatusWatch publications;
