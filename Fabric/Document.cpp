@@ -152,4 +152,12 @@ Document Document::parse(std::string_view name, std::string_view text) {
   return document;
 }
 
+Document Document::of(std::string name, Model start, double until) {
+  Document document;
+  document.name_ = std::move(name);
+  document.start_ = std::move(start);
+  document.until_ = until;
+  return document;
+}
+
 }  // namespace Fabric

@@ -34,6 +34,9 @@ class Document {
   static Document load(const std::string& path);
   static Document parse(std::string_view name, std::string_view text);
 
+  /// A document of a state that one was brought to, without events.
+  static Document of(std::string name, Model start, double until);
+
   /// As messages name it.
   const std::string& name() const { return name_; }
   /// What is built at time 0. A run copies it and applies the events to the copy.

@@ -7,7 +7,7 @@
 #include "Fabric/JsonText.h"
 #include "Fabric/LogCapture.h"
 #include "Fabric/MountObserver.h"
-#include "Platform/Entities/Controllerdb/MountDesc.h"
+#include "Fabric/StatusObserver.h"
 #include "Platform/Orm/Clock.h"
 #include "Platform/Orm/Reactor.h"
 #include "Platform/Orm/String.h"
@@ -18,7 +18,7 @@ namespace Fabric {
 /// happens. Each begins with `t`, the seconds of the documents, and `event`, its kind.
 ///
 /// Lines are buffered; flush() hands them on. Loop thread only. A line costs no allocation.
-class EventStream final : public MountObserver, public LogCapture::Observer {
+class EventStream final : public MountObserver, public StatusObserver, public LogCapture::Observer {
  public:
   /// `out` must stay.
   EventStream(std::ostream& out, Orm::Ptr<Orm::Clock> clock);
@@ -40,12 +40,13 @@ class EventStream final : public MountObserver, public LogCapture::Observer {
   void mountState(const Controller::SystemId& systemId, const Orm::String& remotePath,
                   Controller::MountState state) override;
   void groupState(std::string_view service, std::string_view group, std::string_view system,
-                  Controller::MountState state);
-  void published(std::string_view system, const Controllerdb::MountDesc& mount);
-  void unpublished(std::string_view system, std::string_view path);
-  void publishReady(std::string_view service, bool ready);
+                  Controller::MountState state) override;
+  void published(std::string_view system, const Controllerdb::MountDesc& mount) override;
+  void unpublished(std::string_view system, std::string_view path) override;
+  void publishReady(std::string_view service, bool ready) override;
   void connectionPeriodComplete();
-  void initialMountsComplete(std::string_view service, std::string_view group, bool complete);
+  void initialMountsComplete(std::string_view service, std::string_view group,
+                             bool complete) override;
   void logMessage(const LogCapture::Message& message) override;
 
  private:

@@ -11,8 +11,9 @@ using Orm::Owned;
 using Orm::Ptr;
 using Orm::String;
 
-MountStatusWatch::MountStatusWatch(const Ptr<Fennix::Dir const>& statusDir, EventStream& events)
-    : events_(events), statusDir_(this) {
+MountStatusWatch::MountStatusWatch(const Ptr<Fennix::Dir const>& statusDir,
+                                   StatusObserver& observer)
+    : observer_(observer), statusDir_(this) {
   statusDir_.notifierIs(statusDir);
 }
 
@@ -66,8 +67,8 @@ void MountStatusWatch::OrmServiceMountStatus::handleSystem(const String& systemN
 }
 
 void MountStatusWatch::OrmServiceMountStatus::handleInitialMountsComplete(const String& groupName) {
-  events().initialMountsComplete(key_, groupName,
-                                 notifier()->initialMountsComplete().value(groupName));
+  observer().initialMountsComplete(key_, groupName,
+                                   notifier()->initialMountsComplete().value(groupName));
 }
 
 // ---- a switch
@@ -98,8 +99,8 @@ void MountStatusWatch::OrmSystemStatus::handleGroup(const String& groupName) {
 void MountStatusWatch::OrmGroupStatus::onAttribute(Orm::AttributeId attribute, const Orm::Key&) {
   if (attribute != ServiceMountGroupStatus::Attr::mountState) return;
   const OrmServiceMountStatus& service = owner()->service();
-  service.events().groupState(service.key(), groupName(), owner()->systemName(),
-                              notifier()->mountState());
+  service.observer().groupState(service.key(), groupName(), owner()->systemName(),
+                                notifier()->mountState());
 }
 
 }  // namespace Fabric

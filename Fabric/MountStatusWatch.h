@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Fabric/EventStream.h"
+#include "Fabric/StatusObserver.h"
 #include "Platform/Entities/ServiceMount/ServiceMountStatus.h"
 #include "Platform/Fennix/Dir.h"
 #include "Platform/Orm/Collection.h"
@@ -8,7 +8,7 @@
 
 namespace Fabric {
 
-/// Follows the services' mount statuses in one directory and tells the event stream of each change
+/// Follows the services' mount statuses in one directory and tells an observer of each change
 /// of a group's state on a switch, and of each group whose initial mounts are complete.
 ///
 /// Is to be made before the machines that write or watch the statuses, so that it is registered
@@ -62,7 +62,7 @@ class MountStatusWatch {
         : ReactorOn(owner), key_(std::move(key)) {}
     /// The name under which the status stands in the directory.
     const Orm::String& key() const { return key_; }
-    EventStream& events() const { return owner()->events_; }
+    StatusObserver& observer() const { return owner()->observer_; }
     void onAttribute(Orm::AttributeId attribute, const Orm::Key& key) override;
 
    private:
@@ -74,13 +74,13 @@ class MountStatusWatch {
     Orm::Collection<Orm::Owned<OrmSystemStatus>, &OrmSystemStatus::systemName> systems_;
   };
 
-  /// What is in the directory at this time makes no event. `events` must stay.
-  MountStatusWatch(const Orm::Ptr<Fennix::Dir const>& statusDir, EventStream& events);
+  /// What is in the directory at this time makes no event. `observer` must stay.
+  MountStatusWatch(const Orm::Ptr<Fennix::Dir const>& statusDir, StatusObserver& observer);
 
  private:
   void handleService(const Orm::String& key);
 
-  EventStream& events_;
+  StatusObserver& observer_;
   OrmStatusDir statusDir_;
   Orm::Collection<Orm::Owned<OrmServiceMountStatus>, &OrmServiceMountStatus::key> services_;
 };

@@ -9,8 +9,8 @@ using Orm::Ptr;
 using Orm::String;
 
 PublishStatusWatch::PublishStatusWatch(const Ptr<Controllerdb::PublishStatus const>& status,
-                                       EventStream& events)
-    : events_(events), status_(this) {
+                                       StatusObserver& observer)
+    : observer_(observer), status_(this) {
   status_.notifierIs(status);
 }
 
@@ -42,7 +42,8 @@ void PublishStatusWatch::OrmPublishStatus::handleSystem(const Controller::System
 }
 
 void PublishStatusWatch::OrmPublishStatus::handleReady(const String& serviceName) {
-  owner()->events_.publishReady(serviceName, notifier()->servicePublishReady().value(serviceName));
+  owner()->observer_.publishReady(serviceName,
+                                  notifier()->servicePublishReady().value(serviceName));
 }
 
 void PublishStatusWatch::OrmSystem::onAttribute(Orm::AttributeId attribute, const Orm::Key& key) {
@@ -50,9 +51,9 @@ void PublishStatusWatch::OrmSystem::onAttribute(Orm::AttributeId attribute, cons
   const auto& path = key.as<String>();
   const String system = systemId().stringValue();
   if (const Controllerdb::MountDesc* mount = notifier()->publishedMount().find(path)) {
-    owner()->events_.published(system, *mount);
+    owner()->observer_.published(system, *mount);
   } else {
-    owner()->events_.unpublished(system, path);
+    owner()->observer_.unpublished(system, path);
   }
 }
 

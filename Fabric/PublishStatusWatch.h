@@ -1,13 +1,13 @@
 #pragma once
 
-#include "Fabric/EventStream.h"
+#include "Fabric/StatusObserver.h"
 #include "Platform/Entities/Controllerdb/PublishStatus.h"
 #include "Platform/Orm/Collection.h"
 #include "Platform/Orm/Reactor.h"
 
 namespace Fabric {
 
-/// Follows the controller database's publish status and tells the event stream of each publication
+/// Follows the controller database's publish status and tells an observer of each publication
 /// that comes, changes or goes, and of each service's readiness.
 ///
 /// Is to be made before the machines. Costs one reactor for each switch.
@@ -35,12 +35,12 @@ class PublishStatusWatch {
     void handleReady(const Orm::String& serviceName);
   };
 
-  /// What is there at this time makes no event. `events` must stay.
+  /// What is there at this time makes no event. `observer` must stay.
   PublishStatusWatch(const Orm::Ptr<Controllerdb::PublishStatus const>& status,
-                     EventStream& events);
+                     StatusObserver& observer);
 
  private:
-  EventStream& events_;
+  StatusObserver& observer_;
   OrmPublishStatus status_;
   Orm::Collection<Orm::Owned<OrmSystem>, &OrmSystem::systemId> systems_;
 };

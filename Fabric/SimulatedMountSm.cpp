@@ -44,6 +44,26 @@ void SimulatedMountSm::doCleanup() {
   step_ = Step::none;
 }
 
+std::optional<MountRequestKind> SimulatedMountSm::pending() const {
+  switch (step_) {
+    case Step::none:
+      return std::nullopt;
+    case Step::startMount:
+    case Step::finishMount:
+    case Step::stalled:
+      return MountRequestKind::mount;
+    case Step::unmount:
+      return MountRequestKind::unmount;
+    case Step::preservingUnmount:
+      return MountRequestKind::preservingUnmount;
+  }
+  return std::nullopt;
+}
+
+void SimulatedMountSm::loseOutcome() {
+  if (pending() == MountRequestKind::mount) step_ = Step::stalled;
+}
+
 void SimulatedMountSm::request(MountRequestKind kind, Step step) {
   simulation().tellRequest(*this, kind);
   const MountSimulation::Switch& behaviour = simulation().switchAt(switchIndex_);

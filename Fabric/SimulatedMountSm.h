@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "Fabric/MountObserver.h"
 #include "Fabric/SimulatedMountEntry.h"
@@ -34,6 +35,11 @@ class SimulatedMountSm final : public Controller::MountSm,
   void doStatePreservingUnmount() override;
   void doCleanup() override;
   bool pendingRequest() const override { return step_ != Step::none; }
+
+  /// What is pending; nothing when nothing is. A mount or a remount is a mount here.
+  std::optional<MountRequestKind> pending() const;
+  /// The outcome of a mount that is under way gets lost: it stays under way until the next request.
+  void loseOutcome();
 
   // ---- for reports and the state document
 

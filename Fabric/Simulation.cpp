@@ -38,6 +38,7 @@ void Simulation::run() {
   loop.sourceIs(events_);
   const Orm::Seconds end = Orm::secondsOf(processTick(until_));
   for (std::size_t done = 1; loop.runOne(end); ++done) {
+    if (hooks_.onStep) hooks_.onStep();
     if (done % kProgressInterval == 0 && hooks_.onProgress) {
       hooks_.onProgress(time(), mounts_.mounts());
     }
@@ -47,7 +48,13 @@ void Simulation::run() {
 
 void Simulation::runEvent(const Event& event) {
   if (event.note && hooks_.onNote) hooks_.onNote(*event.note);
-  if (event.apply) carrier_.apply(model_, *event.apply);
+  if (event.apply) {
+    if (hooks_.onApply) {
+      hooks_.onApply(event);
+    } else {
+      applyPatch(*event.apply);
+    }
+  }
   if (event.expect && hooks_.onExpect) hooks_.onExpect(event);
 }
 

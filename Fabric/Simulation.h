@@ -32,11 +32,15 @@ class Simulation {
  public:
   /// Called during a run; each may be empty.
   struct Hooks {
-    std::function<void(const std::string& text)> onNote;
+    std::function<void(const std::string& text)> onNote = {};
     /// An event's expectation is to be looked at: all that comes before it has been done.
-    std::function<void(const Event& event)> onExpect;
+    std::function<void(const Event& event)> onExpect = {};
+    /// Sees to an event's patch, by applyPatch() now or later, instead of the run.
+    std::function<void(const Event& event)> onApply = {};
+    /// After each piece of work: an event, a turn, a timer.
+    std::function<void()> onStep = {};
     /// Once every kProgressInterval pieces of work: the time, and how many mounts there are.
-    std::function<void(Orm::Seconds time, std::size_t mounts)> onProgress;
+    std::function<void(Orm::Seconds time, std::size_t mounts)> onProgress = {};
   };
   static constexpr std::size_t kProgressInterval = 1 << 14;
 
@@ -55,6 +59,9 @@ class Simulation {
   void start();
   /// Does everything that is due up to the end. Once.
   void run();
+
+  /// Merges a patch of the document and carries it; also within a notification.
+  void applyPatch(const Patch& patch) { carrier_.apply(model_, patch); }
 
   /// Seconds of the documents.
   Orm::Seconds time() const { return documentTime(clock_->now()); }

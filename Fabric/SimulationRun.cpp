@@ -32,12 +32,13 @@ void SimulationRun::eventsIs(std::ostream& out) {
 }
 
 void SimulationRun::run() {
-  simulation_.hooksIs({.onNote =
-                           [this](const std::string& text) {
-                             if (events_) events_->note(text);
-                           },
-                       .onExpect = [this](const Event& event) { check(event); },
-                       .onProgress = onProgress_});
+  Simulation::Hooks hooks = hooks_;
+  hooks.onNote = [this](const std::string& text) {
+    if (events_) events_->note(text);
+    if (hooks_.onNote) hooks_.onNote(text);
+  };
+  hooks.onExpect = [this](const Event& event) { check(event); };
+  simulation_.hooksIs(std::move(hooks));
   simulation_.start();
   if (events_) {
     events_->connectionPeriodIs(simulation_.machines()->initialMountSm()->connectionPeriod());

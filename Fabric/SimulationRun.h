@@ -36,12 +36,10 @@ class SimulationRun {
 
   /// Writes the event stream to `out`, which must stay. Before run().
   void eventsIs(std::ostream& out);
-  /// See Simulation; onExpect is taken.
-  void onProgressIs(std::function<void(Orm::Seconds time, std::size_t mounts)> onProgress) {
-    onProgress_ = std::move(onProgress);
-  }
+  /// See Simulation; onExpect is taken, onNote is called after the event stream has the note.
+  void hooksIs(Simulation::Hooks hooks) { hooks_ = std::move(hooks); }
 
-  /// Does everything up to the end; what onProgress throws comes out, and the run is then over.
+  /// Does everything up to the end; what a hook throws comes out, and the run is then over.
   void run();
 
   Simulation& simulation() { return simulation_; }
@@ -77,7 +75,7 @@ class SimulationRun {
   std::unique_ptr<EventStream> events_;
   std::unique_ptr<Watches> watches_;
   std::unique_ptr<AssertionReport> assertions_;
-  std::function<void(Orm::Seconds time, std::size_t mounts)> onProgress_;
+  Simulation::Hooks hooks_;
   std::vector<Report::Expectation> expectations_;
 };
 

@@ -130,11 +130,11 @@ bool SimCommand::runTo(Fabric::SimulationRun& run) {
     progress.emplace(console_.errors, run.simulation().until());
   }
   std::size_t steps = 0;
-  run.onProgressIs([&](Orm::Seconds time, std::size_t mounts) {
+  run.hooksIs({.onProgress = [&](Orm::Seconds time, std::size_t mounts) {
     if (Interrupt::wished() || !console_.out) throw Stopped();
     steps += Fabric::Simulation::kProgressInterval;
     if (progress) progress->show(time, mounts, steps);
-  });
+  }});
   try {
     run.run();
   } catch (const Stopped&) {

@@ -10,20 +10,26 @@ using Orm::String;
 
 Ptr<ConnectionServiceStatusDirSm> connectionServiceStatusDirSmFactory(
     const String& connectionName, const Ptr<ServiceStatusDir const>& serviceStatusDir,
-    MountsRegistrySm* mountsRegistrySm) {
-  return Orm::make<ConnectionServiceStatusDirSm>(connectionName, serviceStatusDir,
-                                                 mountsRegistrySm);
+    MountsRegistrySm* mountsRegistrySm, const Ptr<Peer const>& peer) {
+  return Orm::make<ConnectionServiceStatusDirSm>(connectionName, serviceStatusDir, mountsRegistrySm,
+                                                 peer);
 }
 
 // ---- construct
 
 ConnectionServiceStatusDirSm::ConnectionServiceStatusDirSm(
     const String& connectionName, const Ptr<ServiceStatusDir const>& serviceStatusDir,
-    MountsRegistrySm* mountsRegistrySm)
-    : connection_(connectionName), mountsRegistrySm_(mountsRegistrySm), serviceStatusDir_(this) {
+    MountsRegistrySm* mountsRegistrySm, Ptr<Peer const> peer)
+    : connection_(connectionName),
+      peer_(std::move(peer)),
+      mountsRegistrySm_(mountsRegistrySm),
+      serviceStatusDir_(this) {
   serviceStatusDir_.notifierIs(serviceStatusDir);
-  if (serviceStatusDir) {
-    serviceStatusDir->service().walk(
+}
+
+void ConnectionServiceStatusDirSm::start() {
+  if (const Ptr<ServiceStatusDir const> dir{serviceStatusDir_.notifier()}) {
+    dir->service().walk(
         [this](ServiceStatusV1& status) { serviceStatusIs(Ptr<ServiceStatusV1 const>(&status)); });
   }
   handleInitialized();
@@ -55,6 +61,7 @@ void ConnectionServiceStatusDirSm::OrmControllerServiceStatusDir::onAttribute(
 }
 
 void ConnectionServiceStatusDirSm::serviceStatusIs(const Ptr<ServiceStatusV1 const>& status) {
+  if (cleanedUp_) return;  // by whoever was told of what the service before this one decided
   if (const auto* present = serviceStatus_.find(status->serviceName())) {
     if (present->notifier() == status.get()) return;
     serviceStatus_.take(status->serviceName());  // replaced: the new one is decided below

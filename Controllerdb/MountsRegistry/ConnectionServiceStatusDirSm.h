@@ -70,12 +70,19 @@ class ConnectionServiceStatusDirSm : public Orm::Sm,
 
   ConnectionServiceStatusDirSm(const Orm::String& connectionName,
                                const Orm::Ptr<ServiceStatusDir const>& serviceStatusDir,
-                               MountsRegistrySm* mountsRegistrySm);
+                               MountsRegistrySm* mountsRegistrySm,
+                               Orm::Ptr<Peer const> peer = nullptr);
 
+  /// The peer that it was made for; a peer that comes back is another one.
+  const Orm::Ptr<Peer const>& peer() const { return peer_; }
   /// The text form of the peer's id; the machine's key.
   const Orm::String& connectionName() const { return connection_.name; }
   const Connection& connection() const { return connection_; }
   MountsRegistrySm* mountsRegistrySm() const { return mountsRegistrySm_; }
+
+  /// Deals with the services that are present. Once, by the parent, which holds
+  /// the machine by then, so that whoever is told of what it does may take it away again.
+  void start();
 
   void hasNotificationActiveIs(bool active) override;
 
@@ -90,6 +97,7 @@ class ConnectionServiceStatusDirSm : public Orm::Sm,
 
  private:
   Connection connection_;
+  Orm::Ptr<Peer const> peer_;
   MountsRegistrySm* mountsRegistrySm_;
   OrmControllerServiceStatusDir serviceStatusDir_;
   Orm::Collection<Orm::Owned<OrmServiceStatus>, &OrmServiceStatus::serviceName> serviceStatus_;
@@ -99,6 +107,6 @@ class ConnectionServiceStatusDirSm : public Orm::Sm,
 
 Orm::Ptr<ConnectionServiceStatusDirSm> connectionServiceStatusDirSmFactory(
     const Orm::String& connectionName, const Orm::Ptr<ServiceStatusDir const>& serviceStatusDir,
-    MountsRegistrySm* mountsRegistrySm);
+    MountsRegistrySm* mountsRegistrySm, const Orm::Ptr<Peer const>& peer = nullptr);
 
 }  // namespace Controller

@@ -64,12 +64,19 @@ void InactiveClientSm::serviceConfigIs(const Ptr<ServiceConfigV1 const>& config)
     serviceConfigDel(config->serviceName());
   }
   Orm::Owned<OrmServiceConfig> reactor(new OrmServiceConfig(this));
-  reactor->notifierIs(config);
+  OrmServiceConfig& made = *reactor;
+  made.notifierIs(config);
   serviceConfig_.insert(std::move(reactor));
+  made.handleInitialized();
 }
 
 void InactiveClientSm::OrmServiceConfig::onAttribute(Orm::AttributeId attribute, const Orm::Key&) {
   if (attribute == ServiceConfigV1::Attr::enabled) handleEnabled();
+}
+
+void InactiveClientSm::OrmServiceConfig::handleInitialized() {
+  initialized_ = true;
+  handleEnabled();
 }
 
 // ---- act

@@ -39,9 +39,15 @@ class InactiveClientSm : public Orm::Sm, private Kobble::Counted<InactiveClientS
     const Orm::String& serviceName() const { return notifier()->serviceName(); }
     void onAttribute(Orm::AttributeId attribute, const Orm::Key& key) override;
     void handleEnabled();
+    /// Once it is held: what it does at once may be what it goes by.
+    void handleInitialized();
 
    private:
-    void onNotifier() override { handleEnabled(); }
+    void onNotifier() override {
+      if (initialized_) handleEnabled();
+    }
+
+    bool initialized_ = false;
   };
 
   InactiveClientSm(Orm::Ptr<ControllerOob::Status const> oobStatus,

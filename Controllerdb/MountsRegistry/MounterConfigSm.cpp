@@ -20,7 +20,9 @@ MounterConfigSm::MounterConfigSm(Ptr<Mounter> mounter, MountsRegistryEntrySm* pa
       parent_(parent),
       mountGroupConfig_(this),
       systemFilter_(this),
-      versionFilter_(this) {
+      versionFilter_(this) {}
+
+void MounterConfigSm::start() {
   mountGroupConfig_.notifierIs(mounter_->mountGroupConfig());
   systemFilterIs(groupSystemFilter());
   versionFilterIs(groupVersionFilter());
@@ -129,7 +131,7 @@ void MounterConfigSm::handleVersionFilter() {
 
 void MounterConfigSm::addSystemToConnectionFilter(const String& system) {
   REGISTRY_TRACE(8, "MounterConfigSm::", "addSystemToConnectionFilter", ": ", system);
-  if (!contributed_.set(system, true)) return;
+  if (cleanedUp_ || !contributed_.set(system, true)) return;
   const std::uint32_t count = parent_->connectionFilter().value(system);
   if (count > 0) {
     REGISTRY_MESSAGE(5,
@@ -167,6 +169,7 @@ void MounterConfigSm::removeSystemFromConnectionFilter(const String& system) {
 
 void MounterConfigSm::addVersionToVersionFilter(std::uint32_t version) {
   REGISTRY_TRACE(8, "MounterConfigSm::", "addVersionToVersionFilter", ": ", version);
+  if (cleanedUp_) return;
   parent_->versionFilterIs(serviceName())->versionIs(version, true);
   redecide();
 }

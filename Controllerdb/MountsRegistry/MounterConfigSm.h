@@ -52,6 +52,10 @@ class MounterConfigSm : public Orm::Sm, private Kobble::Counted<MounterConfigSm>
   const Orm::String& serviceName() const { return mounter_->serviceName(); }
   MountsRegistryEntrySm* parent() const { return parent_; }
 
+  /// Registers on what it watches and deals with what is present. Once, by the parent, which holds
+  /// the machine by then, so that whoever is told of what it does may take it away again.
+  void start();
+
   void hasNotificationActiveIs(bool active) override;
 
   /// Points the reactor at the filter and folds its members in; null takes the reactor away.

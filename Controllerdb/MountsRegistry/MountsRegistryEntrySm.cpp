@@ -47,7 +47,9 @@ MountsRegistryEntrySm::MountsRegistryEntrySm(Ptr<MountsRegistryEntry> registryEn
       mountsRegistrySm_(mountsRegistrySm),
       order_(mountsRegistrySm->nextOrder()),
       ormMountsRegistryEntry_(this),
-      timeoutClock_(this) {
+      timeoutClock_(this) {}
+
+void MountsRegistryEntrySm::start() {
   ormMountsRegistryEntry_.notifierIs(registryEntry_);
   handleMounter();
   handleInitialized();
@@ -97,7 +99,9 @@ void MountsRegistryEntrySm::handleMounter(const String& serviceName) {
     handleSwitchConnection();
     return;
   }
-  if (machine) return;
+  if (machine && machine->mounter() == mounter) return;
+  // Whoever was told first of the mounter before this one has replaced it.
+  if (machine) mounterConfigSmDel(serviceName);
   REGISTRY_MESSAGE(5, "void Controller::MountsRegistryEntrySm::handleMounter(const String&)",
                    " new mounter:%s service:%s group:%s", entryName(), serviceName,
                    mounter->groupName());
@@ -112,9 +116,7 @@ void MountsRegistryEntrySm::handleMounterFilters() {
 
 Ptr<MounterConfigSm> MountsRegistryEntrySm::mounterConfigSmIs(const Ptr<Mounter>& mounter) {
   if (MounterConfigSm* present = mounterConfigSm_.find(mounter->serviceName())) return present;
-  Ptr<MounterConfigSm> machine = mounterConfigSmFactory(mounter, this);
-  mounterConfigSm_.insert(machine);
-  return machine;
+  return Orm::childIs(mounterConfigSm_, mounterConfigSmFactory(mounter, this));
 }
 
 void MountsRegistryEntrySm::mounterConfigSmDel(const String& serviceName) {
@@ -200,7 +202,9 @@ void MountsRegistryEntrySm::handleSwitchConnection(const Connection& connection)
                      "void Controller::MountsRegistryEntrySm::handleSwitchConnection(const "
                      "Controller::SystemId&)",
                      " connection:%s registered:%s", connection.name, "false");
-    refused_.erase(connection.systemId);
+    // Until it is looked at again: the mount may still be on its way out when it comes back.
+    admissionIs(connection.systemId,
+                mountSm(connection.systemId) ? Admission::undecided : Admission::admitted);
     doDisconnectSwitch(connection);
     updateSystemStatus(connection);
     return;
@@ -483,6 +487,7 @@ Ptr<MountSmData> MountsRegistryEntrySm::mountSmDataIs(const SystemId& systemId,
 }
 
 void MountsRegistryEntrySm::mountSmDataDel(const SystemId& systemId) {
+  if (!peer(systemId)) refused_.erase(systemId);
   mountSmDataSm_.take(systemId);
 }
 

@@ -97,6 +97,10 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   std::uint64_t order() const { return order_; }
   bool initialized() const { return initialized_; }
 
+  /// Registers on what it watches and deals with what is present. Once, by the parent, which holds
+  /// the machine by then, so that whoever is told of what it does may take it away again.
+  void start();
+
   void hasNotificationActiveIs(bool active) override;
 
   // ---- reactions

@@ -106,10 +106,10 @@ void MountsRegistrySm::handleMountEntry(const String& name) {
   const Ptr<MountsRegistryEntry> entry(mountsRegistry_->mountEntry(name));
   const Ptr<MountsRegistryEntrySm> machine(mountsRegistryEntrySm_.find(name));
   if (entry) {
-    if (machine) return;
+    if (machine && machine->registryEntry() == entry) return;
+    // Whoever was told first of the entry before this one has replaced it.
+    if (machine) mountsRegistryEntrySmDel(name);
     mountsRegistryEntrySmIs(entry, oobStatus_, serviceConfigDir_, directory_);
-    // Who was told of what the new machine did may have taken its entry away.
-    if (!mountsRegistry_->mountEntry(name)) handleMountEntry(name);
   } else if (machine) {
     REGISTRY_TRACE(8, "MountsRegistrySm::", "handleMountEntry", ": ",
                    " Deleting registry entry sm for :", name);
@@ -129,6 +129,8 @@ void MountsRegistrySm::handlePublishEntry(const String& name) {
   if (pe) {
     Orm::assertThat(!preSm || pe->serviceName() == preSm->publishEntry()->serviceName(),
                     "!preSm || pe->serviceName() == preSm->publishEntry()->serviceName()");
+    // Whoever was told first of the entry before this one has replaced it.
+    if (preSm && preSm->publishEntry() != pe) publishRegistryEntrySmDel(name);
     publishRegistryEntrySmIs(pe, oobStatus_, controllerdbPublishStatus_);
   } else if (preSm) {
     REGISTRY_TRACE(8, "MountsRegistrySm::", "handlePublishEntry", ": ",
@@ -177,15 +179,15 @@ void MountsRegistrySm::handlePeer(const SystemId& systemId) {
   const Ptr<Peer const> peer(peerTable() ? peerTable()->peer(systemId) : nullptr);
   const String name = peer ? peer->name() : systemId.stringValue();
   REGISTRY_TRACE(8, "MountsRegistrySm::", "handlePeer", " ", name);
+  const ConnectionServiceStatusDirSm* const machine = connectionServiceStatusDirSm_.find(name);
   if (peer) {
     REGISTRY_TRACE(8, "MountsRegistrySm::", "handlePeer", " peer:", name, " added");
+    // Whoever was told first that the peer had gone has had it come back.
+    if (machine && machine->peer() != peer) connectionServiceStatusDirSmDel(name);
     if (controllerdbPublishStatus_) controllerdbPublishStatus_->systemIs(systemId);
-    connectionServiceStatusDirSmIs(name, serviceStatusDir(*peer));
-    // Who was told of what was decided for the peer may have taken it away.
-    if (!peerTable() || !peerTable()->peer(systemId)) handlePeer(systemId);
+    connectionServiceStatusDirSmIs(name, serviceStatusDir(*peer), peer);
     return;
   }
-  const Ptr<ConnectionServiceStatusDirSm> machine(connectionServiceStatusDirSm_.find(name));
   if (!machine) return;
   REGISTRY_TRACE(8, "MountsRegistrySm::", "handlePeer", " peer:", name, " removed");
   connectionServiceStatusDirSmDel(name);
@@ -291,10 +293,9 @@ Ptr<MountsRegistryEntrySm> MountsRegistrySm::mountsRegistryEntrySmIs(
     const Ptr<MountsRegistryEntry>& entry, const Ptr<ControllerOob::Status const>& oobStatus,
     const Ptr<ServiceConfigDir const>& serviceConfigDir, const Ptr<Fennix::Dir>& directory) {
   if (MountsRegistryEntrySm* present = mountsRegistryEntrySm_.find(entry->name())) return present;
-  Ptr<MountsRegistryEntrySm> machine =
-      mountsRegistryEntrySmFactory(entry, oobStatus, serviceConfigDir, directory, this);
-  mountsRegistryEntrySm_.insert(machine);
-  return machine;
+  return Orm::childIs(
+      mountsRegistryEntrySm_,
+      mountsRegistryEntrySmFactory(entry, oobStatus, serviceConfigDir, directory, this));
 }
 
 void MountsRegistrySm::mountsRegistryEntrySmDel(const String& name) {
@@ -307,10 +308,9 @@ Ptr<PublishRegistryEntrySm> MountsRegistrySm::publishRegistryEntrySmIs(
   if (PublishRegistryEntrySm* present = publishRegistryEntrySm_.find(entry->name())) {
     return present;
   }
-  Ptr<PublishRegistryEntrySm> machine =
-      publishRegistryEntrySmFactory(entry, oobStatus, controllerdbPublishStatus, this);
-  publishRegistryEntrySm_.insert(machine);
-  return machine;
+  return Orm::childIs(
+      publishRegistryEntrySm_,
+      publishRegistryEntrySmFactory(entry, oobStatus, controllerdbPublishStatus, this));
 }
 
 void MountsRegistrySm::publishRegistryEntrySmDel(const String& name) {
@@ -320,12 +320,12 @@ void MountsRegistrySm::publishRegistryEntrySmDel(const String& name) {
 }
 
 Ptr<ConnectionServiceStatusDirSm> MountsRegistrySm::connectionServiceStatusDirSmIs(
-    const String& connectionName, const Ptr<ServiceStatusDir const>& serviceStatusDir) {
+    const String& connectionName, const Ptr<ServiceStatusDir const>& serviceStatusDir,
+    const Ptr<Peer const>& peer) {
   if (auto* present = connectionServiceStatusDirSm_.find(connectionName)) return present;
-  Ptr<ConnectionServiceStatusDirSm> machine =
-      connectionServiceStatusDirSmFactory(connectionName, serviceStatusDir, this);
-  connectionServiceStatusDirSm_.insert(machine);
-  return machine;
+  return Orm::childIs(
+      connectionServiceStatusDirSm_,
+      connectionServiceStatusDirSmFactory(connectionName, serviceStatusDir, this, peer));
 }
 
 void MountsRegistrySm::connectionServiceStatusDirSmDel(const String& connectionName) {

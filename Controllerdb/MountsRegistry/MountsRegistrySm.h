@@ -146,7 +146,8 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
     return connectionServiceStatusDirSm_;
   }
   Orm::Ptr<ConnectionServiceStatusDirSm> connectionServiceStatusDirSmIs(
-      const Orm::String& connectionName, const Orm::Ptr<ServiceStatusDir const>& serviceStatusDir);
+      const Orm::String& connectionName, const Orm::Ptr<ServiceStatusDir const>& serviceStatusDir,
+      const Orm::Ptr<Peer const>& peer = nullptr);
   void connectionServiceStatusDirSmDel(const Orm::String& connectionName);
 
   const Orm::Ptr<InactiveClientSm>& inactiveClientSm() const { return inactiveClientSm_; }

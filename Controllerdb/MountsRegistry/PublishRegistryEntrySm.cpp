@@ -37,7 +37,9 @@ PublishRegistryEntrySm::PublishRegistryEntrySm(
       ormPublishRegistryEntry_(this),
       systemFilter_(this),
       versionFilter_(this),
-      entityPresenceCheckClock_(this) {
+      entityPresenceCheckClock_(this) {}
+
+void PublishRegistryEntrySm::start() {
   mountsRegistrySm_->publishServiceIs(realServiceName(publishEntry_->serviceName()), *this);
   ormPublishRegistryEntry_.notifierIs(publishEntry_);
   entityPresenceCheckClockIs(Orm::ActivityManagerConfig::instance()->clock());

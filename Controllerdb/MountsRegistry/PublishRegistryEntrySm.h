@@ -85,6 +85,10 @@ class PublishRegistryEntrySm : public Orm::Sm, private Kobble::Counted<PublishRe
   std::uint64_t order() const { return order_; }
   bool initialized() const { return initialized_; }
 
+  /// Registers on what it watches and deals with what is present. Once, by the parent, which holds
+  /// the machine by then, so that whoever is told of what it does may take it away again.
+  void start();
+
   void hasNotificationActiveIs(bool active) override;
 
   // ---- reactions

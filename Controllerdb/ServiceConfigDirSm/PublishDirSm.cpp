@@ -15,7 +15,9 @@ Ptr<PublishDirSm> publishDirSmFactory(const Ptr<PublishDir const>& publishDir,
 // ---- construct
 
 PublishDirSm::PublishDirSm(Ptr<PublishDir const> publishDir, ServicePublishGroupSm* parent)
-    : publishDir_(std::move(publishDir)), parent_(parent), ormPublishDir_(this) {
+    : publishDir_(std::move(publishDir)), parent_(parent), ormPublishDir_(this) {}
+
+void PublishDirSm::start() {
   ormPublishDir_.notifierIs(publishDir_);
   handleInitialized();
 }

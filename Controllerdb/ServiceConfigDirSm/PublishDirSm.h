@@ -31,6 +31,10 @@ class PublishDirSm : public Orm::Sm, private Kobble::Counted<PublishDirSm> {
   ServicePublishGroupSm* parent() const { return parent_; }
   bool initialized() const { return initialized_; }
 
+  /// Registers on what it watches and deals with what is present. Once, by the parent, which holds
+  /// the machine by then, so that whoever is told of what it does may take it away again.
+  void start();
+
   void hasNotificationActiveIs(bool active) override;
 
   void handleInitialized();

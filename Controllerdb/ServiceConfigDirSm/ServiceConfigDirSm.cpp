@@ -116,9 +116,13 @@ void ServiceConfigDirSm::handleServiceMountCommon(bool isProxy, const String& na
                                                   const Ptr<ServiceMountStatus>& status) {
   if (!initialized_) return;
   CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServiceMountCommon", ": ", name);
-  const bool present = serviceMountConfigSm_.has(name);
+  const ServiceMountConfigSm* const present = serviceMountConfigSm_.find(name);
+  // Whoever was told first of an entity before this one has replaced it.
+  const bool replaced = present && config && status && present->isProxy() == isProxy &&
+                        (present->mountConfig() != config || present->mountStatus() != status);
+  if (replaced) serviceMountConfigSmDel(name);
   if (config && status) {
-    if (present) {
+    if (present && !replaced) {
       CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServiceMountCommon",
                    " serviceMountConfigSm already present!");
       return;
@@ -126,12 +130,6 @@ void ServiceConfigDirSm::handleServiceMountCommon(bool isProxy, const String& na
     CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServiceMountCommon",
                  " creating serviceMountConfigSm for ", name);
     serviceMountConfigSmIs(name, isProxy, controllerdbStatus_, config, status, mountsRegistry_);
-    // Who was told of the new mounters may have taken the service away.
-    const bool stays = isProxy ? memberOf<ServiceMountConfig const>(proxyMountConfigDir_, name) &&
-                                     memberOf<ServiceMountStatus>(proxyMountStatusDir_, name)
-                               : memberOf<ServiceMountConfig const>(mountConfigDir_, name) &&
-                                     memberOf<ServiceMountStatus>(mountStatusDir_, name);
-    if (!stays) serviceMountConfigSmDel(name);
   } else if (present) {
     CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServiceMountCommon", " deleting ", name,
                  " serviceMountConfigSm");
@@ -152,9 +150,11 @@ void ServiceConfigDirSm::handleServicePublish(const String& name) {
   CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServicePublish", ": ", name);
   const auto config = memberOf<ServicePublishConfig const>(publishConfigDir_, name);
   const auto status = memberOf<ServicePublishStatus>(publishStatusDir_, name);
-  const bool present = servicePublishConfigSm_.has(name);
+  const ServicePublishConfigSm* const present = servicePublishConfigSm_.find(name);
   if (config && status) {
-    if (present) return;
+    if (present && present->publishConfig() == config && present->publishStatus() == status) return;
+    // Whoever was told first of an entity before this one has replaced it.
+    if (present) servicePublishConfigSmDel(name);
     CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServicePublish",
                  " creating servicePublishConfigSm for ", name);
     servicePublishConfigSmIs(name, controllerdbStatus_, config, status, controllerdbPublishStatus_,
@@ -175,10 +175,9 @@ Ptr<ServiceMountConfigSm> ServiceConfigDirSm::serviceMountConfigSmIs(
     const Ptr<ServiceMountConfig const>& mountConfig, const Ptr<ServiceMountStatus>& mountStatus,
     const Ptr<MountsRegistry>& mountsRegistry) {
   if (ServiceMountConfigSm* present = serviceMountConfigSm_.find(name)) return present;
-  Ptr<ServiceMountConfigSm> machine = serviceMountConfigSmFactory(
-      name, isProxy, controllerdbStatus, mountConfig, mountStatus, mountsRegistry, this);
-  serviceMountConfigSm_.insert(machine);
-  return machine;
+  return Orm::childIs(serviceMountConfigSm_,
+                      serviceMountConfigSmFactory(name, isProxy, controllerdbStatus, mountConfig,
+                                                  mountStatus, mountsRegistry, this));
 }
 
 void ServiceConfigDirSm::serviceMountConfigSmDel(const String& name) {
@@ -192,11 +191,10 @@ Ptr<ServicePublishConfigSm> ServiceConfigDirSm::servicePublishConfigSmIs(
     const Ptr<Controllerdb::PublishStatus>& controllerdbPublishStatus,
     const Ptr<MountsRegistry>& mountsRegistry) {
   if (ServicePublishConfigSm* present = servicePublishConfigSm_.find(name)) return present;
-  Ptr<ServicePublishConfigSm> machine =
+  return Orm::childIs(
+      servicePublishConfigSm_,
       servicePublishConfigSmFactory(name, controllerdbStatus, publishConfig, publishStatus,
-                                    controllerdbPublishStatus, mountsRegistry, this);
-  servicePublishConfigSm_.insert(machine);
-  return machine;
+                                    controllerdbPublishStatus, mountsRegistry, this));
 }
 
 void ServiceConfigDirSm::servicePublishConfigSmDel(const String& name) {

@@ -30,7 +30,9 @@ ServiceMountConfigSm::ServiceMountConfigSm(String key, bool isProxy,
       mountsRegistry_(std::move(mountsRegistry)),
       parent_(parent),
       ormServiceMountConfig_(this),
-      isProxy_(isProxy) {
+      isProxy_(isProxy) {}
+
+void ServiceMountConfigSm::start() {
   ormServiceMountConfig_.notifierIs(mountConfig_);
   handleInitialized();
 }
@@ -76,9 +78,10 @@ void ServiceMountConfigSm::handleMountGroupConfig(const String& groupName) {
   if (!initialized_) return;
   const Ptr<ServiceMountGroupConfig const> group(mountConfig_->mountGroupConfig(groupName));
   if (group) {
+    const ServiceMountGroupSm* const present = mountGroupSm_.find(groupName);
+    // Whoever was told first of the group before this one has replaced it.
+    if (present && present->mountGroupConfig() != group) mountGroupSmDel(groupName);
     mountGroupSmIs(controllerdbStatus_, group, mountConfig_, mountStatus_, mountsRegistry_);
-    // Who was told of the new mounters may have taken the group, or the service, away.
-    if (isDeleted() || !mountConfig_->mountGroupConfig(groupName)) mountGroupSmDel(groupName);
   } else {
     mountGroupSmDel(groupName);
   }
@@ -94,10 +97,9 @@ Ptr<ServiceMountGroupSm> ServiceMountConfigSm::mountGroupSmIs(
   if (ServiceMountGroupSm* present = mountGroupSm_.find(mountGroupConfig->groupName())) {
     return present;
   }
-  Ptr<ServiceMountGroupSm> machine = serviceMountGroupSmFactory(
-      controllerdbStatus, mountGroupConfig, mountConfig, mountStatus, mountsRegistry, this);
-  mountGroupSm_.insert(machine);
-  return machine;
+  return Orm::childIs(mountGroupSm_,
+                      serviceMountGroupSmFactory(controllerdbStatus, mountGroupConfig, mountConfig,
+                                                 mountStatus, mountsRegistry, this));
 }
 
 void ServiceMountConfigSm::mountGroupSmDel(const String& groupName) {
@@ -109,6 +111,7 @@ void ServiceMountConfigSm::mountGroupSmDel(const String& groupName) {
 void ServiceMountConfigSm::doCleanup() {
   CONFIG_TRACE(8, "ServiceMountConfigSm::", "doCleanup");
   const Orm::ActivityScope scope;
+  initialized_ = false;
   hasNotificationActiveIs(false);
   mountGroupSm_.walk([this](ServiceMountGroupSm& group) { mountGroupSmDel(group.groupName()); });
 }

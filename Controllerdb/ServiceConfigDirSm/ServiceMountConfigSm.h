@@ -29,9 +29,15 @@ class ServiceMountConfigSm : public Orm::Sm, private Kobble::Counted<ServiceMoun
                        Orm::Ptr<ServiceMountStatus> mountStatus,
                        Orm::Ptr<MountsRegistry> mountsRegistry, ServiceConfigDirSm* parent);
 
+  const Orm::Ptr<ServiceMountConfig const>& mountConfig() const { return mountConfig_; }
+  const Orm::Ptr<ServiceMountStatus>& mountStatus() const { return mountStatus_; }
   const Orm::String& key() const { return key_; }
   /// The configuration came from the directory of proxy services.
   bool isProxy() const { return isProxy_; }
+
+  /// Registers on what it watches and deals with what is present. Once, by the parent, which holds
+  /// the machine by then, so that whoever is told of what it does may take it away again.
+  void start();
 
   void hasNotificationActiveIs(bool active) override;
 

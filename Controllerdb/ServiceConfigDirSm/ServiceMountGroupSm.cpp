@@ -35,7 +35,9 @@ ServiceMountGroupSm::ServiceMountGroupSm(Ptr<Controllerdb::Status const> control
       parent_(parent),
       ormControllerdbStatus_(this),
       ormServiceMountConfig_(this),
-      ormMountGroupConfig_(this) {
+      ormMountGroupConfig_(this) {}
+
+void ServiceMountGroupSm::start() {
   ormControllerdbStatus_.notifierIs(controllerdbStatus_);
   ormServiceMountConfig_.notifierIs(serviceMountConfig_);
   ormMountGroupConfig_.notifierIs(mountGroupConfig_);
@@ -94,7 +96,12 @@ void ServiceMountGroupSm::handleMountConfig() {
 
 void ServiceMountGroupSm::handleMountConfig(const String& path) {
   CONFIG_TRACE(8, "ServiceMountGroupSm::", "handleMountConfig", ": ", path);
-  if (!initialized_ || isDeleted() || !canMount()) return;
+  if (!initialized_ || isDeleted()) return;
+  if (!canMount()) {
+    // The gate is closing, and the clean-up that comes will not see a path that has gone by then.
+    if (!mountGroupConfig_->mountConfig(path) && hasMounter(path)) removeMountConfig(path);
+    return;
+  }
   if (mountGroupConfig_->mountConfig(path)) {
     addMountConfig(path);
   } else {
@@ -105,11 +112,22 @@ void ServiceMountGroupSm::handleMountConfig(const String& path) {
 // ---- act
 
 bool ServiceMountGroupSm::canMount() {
-  const String& genId = serviceMountConfig_->genId();
+  CONFIG_TRACE(8, "ServiceMountGroupSm::", "canMount",
+               " mountConfig genId:", serviceMountConfig_->genId(),
+               " controller genId:", controllerdbStatus_->leaderGenId());
+  return isOpen();
+}
+
+bool ServiceMountGroupSm::isOpen() const {
   const String& leaderGenId = controllerdbStatus_->leaderGenId();
-  CONFIG_TRACE(8, "ServiceMountGroupSm::", "canMount", " mountConfig genId:", genId,
-               " controller genId:", leaderGenId);
-  return (!leaderGenId.empty() && leaderGenId == genId) || parent_->isProxy();
+  return (!leaderGenId.empty() && leaderGenId == serviceMountConfig_->genId()) ||
+         parent_->isProxy();
+}
+
+bool ServiceMountGroupSm::hasMounter(const String& path) const {
+  const MountsRegistryEntry* const mre = mountsRegistry_->mountEntry(path);
+  const Mounter* const mounter = mre ? mre->mounter(serviceMountConfig_->serviceName()) : nullptr;
+  return mounter && mounter->mountGroupConfig() == mountGroupConfig_;
 }
 
 void ServiceMountGroupSm::addMountConfig(const String& path) {
@@ -139,8 +157,9 @@ void ServiceMountGroupSm::addMountConfig(const String& path) {
                  serviceName, groupName(), path, mre->targetPath());
   serviceMountStatus_->mountedPathPrefixIs(path, mre->targetPath());
   mre->mounterIs({serviceName, groupName()}, mountConfig, mountGroupConfig_, serviceMountStatus_);
-  // Who was told of it may have taken this machine away, before there was a mounter to take off.
-  if (isDeleted()) removeMountConfig(path);
+  // Who was told of it may have taken the path or this machine away, or closed the gate, before
+  // there was a mounter to take off.
+  if (isDeleted() || !isOpen() || !mountGroupConfig_->mountConfig(path)) removeMountConfig(path);
 }
 
 Ptr<MountsRegistryEntry> ServiceMountGroupSm::newMountEntry(const MountConfig& mountConfig) {

@@ -49,7 +49,14 @@ class ServiceMountGroupSm : public Orm::Sm, private Kobble::Counted<ServiceMount
                       Orm::Ptr<ServiceMountStatus> serviceMountStatus,
                       Orm::Ptr<MountsRegistry> mountsRegistry, ServiceMountConfigSm* parent);
 
+  const Orm::Ptr<ServiceMountGroupConfig const>& mountGroupConfig() const {
+    return mountGroupConfig_;
+  }
   const Orm::String& groupName() const { return mountGroupConfig_->groupName(); }
+
+  /// Registers on what it watches and deals with what is present. Once, by the parent, which holds
+  /// the machine by then, so that whoever is told of what it does may take it away again.
+  void start();
 
   void hasNotificationActiveIs(bool active) override;
 
@@ -67,6 +74,9 @@ class ServiceMountGroupSm : public Orm::Sm, private Kobble::Counted<ServiceMount
   void doCleanup();
 
  private:
+  /// canMount() without its trace.
+  bool isOpen() const;
+  bool hasMounter(const Orm::String& path) const;
   Orm::Ptr<MountsRegistryEntry> newMountEntry(const MountConfig& mountConfig);
 
   Orm::Ptr<Controllerdb::Status const> controllerdbStatus_;

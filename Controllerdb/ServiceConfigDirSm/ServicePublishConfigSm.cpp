@@ -33,7 +33,9 @@ ServicePublishConfigSm::ServicePublishConfigSm(
       mountsRegistry_(std::move(mountsRegistry)),
       parent_(parent),
       ormControllerdbStatus_(this),
-      ormServicePublishConfig_(this) {
+      ormServicePublishConfig_(this) {}
+
+void ServicePublishConfigSm::start() {
   ormControllerdbStatus_.notifierIs(controllerdbStatus_);
   ormServicePublishConfig_.notifierIs(publishConfig_);
   handleInitialized();
@@ -98,12 +100,15 @@ void ServicePublishConfigSm::handlePublishGroupConfig(const String& groupName) {
   if (!initialized_) return;
   const Ptr<ServicePublishGroupConfig const> group(publishConfig_->publishGroupConfig(groupName));
   if (group) {
+    const ServicePublishGroupSm* const present = publishGroupSm_.find(groupName);
+    // Whoever was told first of the group before this one has replaced it.
+    if (present && present->publishGroupConfig() != group) removeGroup(groupName);
     const Ptr<ServicePublishGroupStatus> status =
         publishStatus_->servicePublishGroupStatusIs(groupName);
     status->publishStateIs(PublishState::configured);
     publishGroupSmIs(controllerdbStatus_, publishConfig_, group, status, mountsRegistry_);
   }
-  // Also when whoever was told of the status or of an entry took the group away, or the service.
+  // Also when whoever was told of the status took the group away, or the service.
   if (!initialized_ || !publishConfig_->publishGroupConfig(groupName)) removeGroup(groupName);
 }
 
@@ -155,11 +160,9 @@ Ptr<ServicePublishGroupSm> ServicePublishConfigSm::publishGroupSmIs(
   if (ServicePublishGroupSm* present = publishGroupSm_.find(publishGroupConfig->groupName())) {
     return present;
   }
-  Ptr<ServicePublishGroupSm> machine =
-      servicePublishGroupSmFactory(controllerdbStatus, publishConfig, publishGroupConfig,
-                                   publishGroupStatus, mountsRegistry, this);
-  publishGroupSm_.insert(machine);
-  return machine;
+  return Orm::childIs(publishGroupSm_, servicePublishGroupSmFactory(
+                                           controllerdbStatus, publishConfig, publishGroupConfig,
+                                           publishGroupStatus, mountsRegistry, this));
 }
 
 void ServicePublishConfigSm::publishGroupSmDel(const String& groupName) {

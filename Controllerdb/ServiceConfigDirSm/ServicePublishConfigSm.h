@@ -41,12 +41,18 @@ class ServicePublishConfigSm : public Orm::Sm, private Kobble::Counted<ServicePu
                          Orm::Ptr<Controllerdb::PublishStatus> controllerdbPublishStatus,
                          Orm::Ptr<MountsRegistry> mountsRegistry, ServiceConfigDirSm* parent);
 
+  const Orm::Ptr<ServicePublishConfig const>& publishConfig() const { return publishConfig_; }
+  const Orm::Ptr<ServicePublishStatus>& publishStatus() const { return publishStatus_; }
   const Orm::String& serviceKey() const { return serviceKey_; }
   const Orm::Ptr<Controllerdb::PublishStatus>& controllerdbPublishStatus() const {
     return controllerdbPublishStatus_;
   }
   ServiceConfigDirSm* parent() const { return parent_; }
   bool initialized() const { return initialized_; }
+
+  /// Registers on what it watches and deals with what is present. Once, by the parent, which holds
+  /// the machine by then, so that whoever is told of what it does may take it away again.
+  void start();
 
   void hasNotificationActiveIs(bool active) override;
 

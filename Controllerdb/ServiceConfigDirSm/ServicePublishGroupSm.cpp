@@ -45,7 +45,9 @@ ServicePublishGroupSm::ServicePublishGroupSm(
       parent_(parent),
       ormControllerdbStatus_(this),
       ormServicePublishConfig_(this),
-      ormServicePublishGroupConfig_(this) {
+      ormServicePublishGroupConfig_(this) {}
+
+void ServicePublishGroupSm::start() {
   ormControllerdbStatus_.notifierIs(controllerdbStatus_);
   ormServicePublishConfig_.notifierIs(servicePublishConfig_);
   ormServicePublishGroupConfig_.notifierIs(publishGroupConfig_);
@@ -121,8 +123,10 @@ void ServicePublishGroupSm::handlePublishConfig() {
 
 void ServicePublishGroupSm::handlePublishConfig(const String& path) {
   CONFIG_TRACE(8, "ServicePublishGroupSm::", "handlePublishConfig", ": ", path);
-  if (!initialized_ || !parent_->canPublish()) return;
+  if (!initialized_) return;
   const Ptr<PublishConfig const> config(publishGroupConfig_->publishConfig(path));
+  // While the gate is closing, the clean-up that comes will not see a path that has gone by then.
+  if (!parent_->canPublish() && (config || !gateOpen_)) return;
   if (!config) {
     publishGroupStatus_->publishStatusDel(path);
     removePublishConfig(path);
@@ -140,9 +144,14 @@ void ServicePublishGroupSm::handlePublishDir() {
 void ServicePublishGroupSm::handlePublishDir(const String& path) {
   CONFIG_TRACE(8, "ServicePublishGroupSm::", "handlePublishDir", " ", path);
   if (!initialized_ || !parent_->canPublish()) return;
-  if (const Ptr<PublishDir const> dir = publishGroupConfig_->publishDir(path)) publishDirSmIs(dir);
-  // Also when whoever was told of the entry took the directory away, or the group.
-  if (!initialized_ || !publishGroupConfig_->publishDir(path)) publishDirSmDel(path);
+  if (const Ptr<PublishDir const> dir = publishGroupConfig_->publishDir(path)) {
+    const PublishDirSm* const present = publishDirSm_.find(path);
+    // Whoever was told first of the directory before this one has replaced it.
+    if (present && present->publishDir() != dir) publishDirSmDel(path);
+    publishDirSmIs(dir);
+  } else {
+    publishDirSmDel(path);
+  }
 }
 
 void ServicePublishGroupSm::handleSystemFilter() {
@@ -222,9 +231,7 @@ void ServicePublishGroupSm::removePublishDirOrConfig(const String& cpath) {
 
 Ptr<PublishDirSm> ServicePublishGroupSm::publishDirSmIs(const Ptr<PublishDir const>& publishDir) {
   if (PublishDirSm* present = publishDirSm_.find(publishDir->path())) return present;
-  Ptr<PublishDirSm> machine = publishDirSmFactory(publishDir, this);
-  publishDirSm_.insert(machine);
-  return machine;
+  return Orm::childIs(publishDirSm_, publishDirSmFactory(publishDir, this));
 }
 
 void ServicePublishGroupSm::publishDirSmDel(const String& path) {

@@ -64,6 +64,10 @@ class ServicePublishGroupSm : public Orm::Sm, private Kobble::Counted<ServicePub
   /// The generations agreed when they were last looked at; the entries are in the registry.
   bool gateOpen() const { return gateOpen_; }
 
+  /// Registers on what it watches and deals with what is present. Once, by the parent, which holds
+  /// the machine by then, so that whoever is told of what it does may take it away again.
+  void start();
+
   void hasNotificationActiveIs(bool active) override;
 
   // ---- reactions

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <utility>
+
+#include "Platform/Orm/ActivityScope.h"
 #include "Platform/Orm/Ptr.h"
 
 namespace Orm {
@@ -26,5 +29,17 @@ class Sm : public PtrInterface {
  private:
   mutable bool deleted_ = false;
 };
+
+/// Puts a machine that was just made into its parent's collection and starts it, in this order:
+/// whoever is told of what the machine does at once may take it away, or what it stands for, and
+/// finds it. Null when that has happened.
+template <class Children, class Machine>
+Ptr<Machine> childIs(Children& children, Ptr<Machine> child) {
+  const ActivityScope scope;
+  Machine& made = *child;
+  children.insert(std::move(child));
+  made.start();
+  return made.isDeleted() ? nullptr : &made;
+}
 
 }  // namespace Orm

@@ -272,6 +272,7 @@ TEST_F(PublishRegistryEntrySmConnectTest, WithoutAPublishStatus_NothingIsTakenBa
   readyEntryIs(kPath);
   const auto machine = publishRegistryEntrySmFactory(registry()->publishEntry(kPath), oobStatus(),
                                                      nullptr, &registrySm());
+  machine->start();
   machine->doDisconnectSwitch(systemId(kOne));
   machine->doCleanup();
   EXPECT_EQ(machine->admission(systemId(kOne)), Admission::notConnected);

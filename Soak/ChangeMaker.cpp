@@ -1,0 +1,503 @@
+#include "Soak/ChangeMaker.h"
+
+#include <array>
+
+#include "Fabric/GroupView.h"
+#include "Fabric/ServiceView.h"
+#include "Fabric/SwitchView.h"
+#include "Soak/Tree.h"
+
+namespace Soak {
+
+using Fabric::Block;
+using Fabric::GroupView;
+using Fabric::ServiceBlockView;
+using Fabric::ServiceView;
+using Fabric::SwitchView;
+
+namespace {
+
+/// The n-th member's key, the empty text of an empty object. O(n).
+std::string keyAt(const Fabric::Object& object, std::size_t n) {
+  for (const Fabric::Object::Member& member : object) {
+    if (n-- == 0) return *member.key;
+  }
+  return {};
+}
+
+constexpr std::size_t kMostSwitches = 400;
+
+}  // namespace
+
+std::vector<Fabric::Value> ChangeMaker::patches(Change change) {
+  const auto one = [](Value patch) {
+    return patch.isNull() ? std::vector<Value>() : std::vector<Value>{std::move(patch)};
+  };
+  const auto ofSwitches = [&](std::string_view member, Value value) {
+    const std::string key = someSwitches();
+    return key.empty() ? Value() : tree("switches", tree(key, tree(member, std::move(value))));
+  };
+  switch (change) {
+    case Change::connection:
+      return one(ofSwitches("connected", Value(random_.coin())));
+    case Change::flap:
+      return flap();
+    case Change::switchSet:
+      return one(switchSet());
+    case Change::inactive:
+      return one(ofSwitches("inactive", Value(random_.coin())));
+    case Change::reachable:
+      return one(ofSwitches("reachable", Value(random_.coin())));
+    case Change::version:
+      return one(version());
+    case Change::enabled: {
+      const std::string name = someService();
+      if (name.empty()) return {};
+      return one(
+          tree("services", tree(name, tree("enabled", random_.chance(4) ? Value("absent")
+                                                                        : Value(random_.coin())))));
+    }
+    case Change::service:
+      return one(service());
+    case Change::group:
+      return one(group());
+    case Change::path:
+      return one(path());
+    case Change::systemFilter:
+      return one(systemFilter());
+    case Change::versionFilter:
+      return one(versionFilter());
+    case Change::preserve: {
+      const auto chosen = someGroup("mount");
+      if (!chosen) return {};
+      return one(patchOfGroup(*chosen, "mount", tree("preserve", Value(random_.coin()))));
+    }
+    case Change::generation:
+      return one(block("generation", Value(random_.pick(names_.generations))));
+    case Change::leader:
+      return one(tree("controller", tree("leader", Value(random_.pick(names_.generations)))));
+    case Change::serviceName:
+      return one(block("serviceName", random_.coin() ? Value() : Value("")));
+    case Change::status:
+      return one(block("status", Value(random_.coin())));
+    case Change::publication:
+      return one(publication());
+    case Change::directory:
+      return one(directory());
+    case Change::ready:
+      return one(readiness());
+    case Change::entity:
+      return one(entity());
+    case Change::attrlog:
+      return one(attrlog());
+    case Change::heartbeat:
+      return one(tree("controller", tree("heartbeat", someHeartbeat())));
+    case Change::behaviour:
+      return one(behaviour());
+    case Change::reportState:
+    case Change::loseOutcome:
+    case Change::vanish:
+      return {};
+  }
+  return {};
+}
+
+std::optional<Fault> ChangeMaker::fault(Change change) {
+  if (names_.mounts.empty()) return std::nullopt;
+  Fault fault;
+  switch (change) {
+    case Change::reportState:
+      fault.kind = Fault::Kind::state;
+      break;
+    case Change::loseOutcome:
+      fault.kind = Fault::Kind::lose;
+      break;
+    case Change::vanish:
+      fault.kind = Fault::Kind::vanish;
+      break;
+    default:
+      return std::nullopt;
+  }
+  const auto systemId = Controller::SystemId::parse(someSwitch());
+  if (!systemId) return std::nullopt;
+  fault.systemId = *systemId;
+  fault.path = random_.pick(names_.mounts).path;
+  fault.state = static_cast<Controller::MountState>(random_.below(Controller::kMountStates));
+  return fault;
+}
+
+// ---- switches
+
+std::string ChangeMaker::someSwitch() {
+  const Object& switches = model_.block(Block::switches);
+  return switches.empty() ? std::string() : keyAt(switches, random_.below(switches.size()));
+}
+
+std::string ChangeMaker::someSwitches() {
+  if (random_.chance(8) && !model_.block(Block::switches).empty()) return "*";
+  return someSwitch();
+}
+
+/// Mostly an id that is there.
+std::string ChangeMaker::someId() {
+  const std::string known = random_.chance(6) ? std::string() : someSwitch();
+  return known.empty() ? freshId() : known;
+}
+
+std::string ChangeMaker::freshId() {
+  static constexpr char kDigits[] = "0123456789abcdef";
+  const std::size_t number = random_.below(16);
+  return std::string("02:00:00:00:ff:0") + kDigits[number];
+}
+
+std::vector<Fabric::Value> ChangeMaker::flap() {
+  const std::string key = someSwitches();
+  if (key.empty()) return {};
+  std::vector<Value> patches;
+  bool connected = random_.coin();
+  for (std::size_t left = random_.from(2, 4); left != 0; --left) {
+    patches.push_back(tree("switches", tree(key, tree("connected", Value(connected)))));
+    connected = !connected;
+  }
+  return patches;
+}
+
+Fabric::Value ChangeMaker::switchSet() {
+  const Object& switches = model_.block(Block::switches);
+  if (!switches.empty() && random_.coin()) return tree("switches", tree(someSwitch(), Value()));
+  const std::string id = freshId();
+  if (switches.size() >= kMostSwitches || switches.find(id)) return {};
+  return tree("switches", tree(id, newSwitch("")));
+}
+
+Fabric::Value ChangeMaker::newSwitch(std::string_view name) {
+  Object object;
+  if (!name.empty()) object.set("name", Value(name));
+  if (!random_.chance(4)) object.set("connected", Value(true));
+  if (random_.chance(8)) object.set("inactive", Value(true));
+  if (random_.chance(12)) object.set("reachable", Value(false));
+  object.set("services", someStatuses());
+  if (random_.chance(3)) object.set("mount", someBehaviour());
+  return Value(std::move(object));
+}
+
+Fabric::Value ChangeMaker::someStatuses() {
+  Object statuses;
+  for (const std::string& service : names_.services) {
+    if (!random_.chance(4)) statuses.set(service, someStatus());
+  }
+  return Value(std::move(statuses));
+}
+
+Fabric::Value ChangeMaker::someStatus() {
+  if (!random_.chance(4)) return whole(random_.from(1, 3));
+  Object status;
+  status.set("enabled", Value(!random_.chance(4)));
+  if (!random_.chance(4)) {
+    status.set("reported", Value(!random_.chance(4)));
+    status.set("negotiated", Value(!random_.chance(4)));
+    status.set("version", whole(random_.below(4)));
+  }
+  return Value(std::move(status));
+}
+
+Fabric::Value ChangeMaker::version() {
+  const std::string key = someSwitches();
+  if (key.empty() || names_.services.empty()) return {};
+  const std::string& service = random_.pick(names_.services);
+  Value status = random_.chance(5) ? Value() : someStatus();
+  return tree("switches", tree(key, tree("services", tree(service, std::move(status)))));
+}
+
+Fabric::Value ChangeMaker::someBehaviour() {
+  static constexpr std::array<double, 7> kDelays = {0, 0.05, 0.1, 0.1, 1, 20, 250};
+  static constexpr std::array<const char*, 5> kOutcomes = {"mounted", "mounted", "mounted",
+                                                           "failed", "stalled"};
+  Object behaviour;
+  behaviour.set("delay", Value(random_.pick(kDelays)));
+  behaviour.set("outcome", Value(random_.pick(kOutcomes)));
+  if (random_.chance(3) && !names_.mounts.empty()) {
+    behaviour.set("paths", tree(random_.pick(names_.mounts).path, Value(random_.pick(kOutcomes))));
+  }
+  return Value(std::move(behaviour));
+}
+
+Fabric::Value ChangeMaker::behaviour() {
+  const std::string key = someSwitches();
+  if (key.empty()) return {};
+  return tree("switches", tree(key, tree("mount", random_.chance(5) ? Value() : someBehaviour())));
+}
+
+// ---- services
+
+std::string ChangeMaker::someService() {
+  const Object& services = model_.block(Block::services);
+  return services.empty() ? std::string() : keyAt(services, random_.below(services.size()));
+}
+
+std::string ChangeMaker::someBlockNameOf(const Value& service) {
+  const bool mount = service.find("mount") != nullptr;
+  const bool publish = service.find("publish") != nullptr;
+  if (mount && publish) return std::string(someBlockName());
+  return mount ? "mount" : publish ? "publish" : "";
+}
+
+std::optional<ChangeMaker::Group> ChangeMaker::someGroup(std::string_view blockName) {
+  std::vector<Group> groups;
+  for (const Object::Member& service : model_.block(Block::services)) {
+    const ServiceView view(&service.value);
+    const auto block = blockName == "mount" ? view.mount() : view.publish();
+    if (!block) continue;
+    for (const Object::Member& group : block->groups()) {
+      groups.push_back({*service.key, *group.key, &group.value});
+    }
+  }
+  if (groups.empty()) return std::nullopt;
+  return random_.pick(groups);
+}
+
+Fabric::Value ChangeMaker::patchOfGroup(const Group& group, std::string_view blockName,
+                                        Value patch) {
+  return tree(
+      "services",
+      tree(group.service, tree(blockName, tree("groups", tree(group.name, std::move(patch))))));
+}
+
+Fabric::Value ChangeMaker::newMountBlock(std::string_view service) {
+  Object block;
+  if (!random_.chance(5)) block.set("generation", Value(names_.generations.front()));
+  if (random_.chance(8)) block.set("serviceName", random_.coin() ? Value("") : Value(service));
+  if (random_.chance(10)) block.set("status", Value(false));
+  Object groups;
+  for (const std::string& group : names_.groups) {
+    if (groups.empty() || random_.chance(3)) groups.set(group, newMountGroup(group));
+  }
+  block.set("groups", Value(std::move(groups)));
+  return Value(std::move(block));
+}
+
+Fabric::Value ChangeMaker::newPublishBlock(std::string_view service) {
+  Object block;
+  if (!random_.chance(5)) block.set("generation", Value(names_.generations.front()));
+  if (random_.chance(8)) block.set("serviceName", random_.coin() ? Value("") : Value(service));
+  if (random_.chance(10)) block.set("status", Value(false));
+  if (random_.coin()) block.set("ready", Value(true));
+  Object groups;
+  for (const std::string& group : names_.groups) {
+    if (groups.empty() || random_.chance(3)) groups.set(group, newPublishGroup(group));
+  }
+  block.set("groups", Value(std::move(groups)));
+  return Value(std::move(block));
+}
+
+/// Every other path is mostly of a group's own: in two groups of a service, which of them has it
+/// depends on what came first, and less can be said of it.
+bool ChangeMaker::mayName(std::string_view group, std::size_t path) {
+  const bool first = group == names_.groups.front();
+  return (path % 2 == 0) == first ? !random_.chance(3) : random_.chance(10);
+}
+
+Fabric::Value ChangeMaker::newMountGroup(std::string_view name) {
+  Object group;
+  if (random_.chance(4)) group.set("preserve", Value(true));
+  if (random_.chance(3)) group.set("systems", someSystems());
+  if (random_.chance(3)) group.set("versions", someVersions());
+  Object paths;
+  for (std::size_t at = 0; at != names_.mounts.size(); ++at) {
+    if (mayName(name, at)) paths.set(names_.mounts[at].path, newPath(names_.mounts[at]));
+  }
+  group.set("paths", Value(std::move(paths)));
+  return Value(std::move(group));
+}
+
+Fabric::Value ChangeMaker::newPublishGroup(std::string_view name) {
+  Object group;
+  if (random_.chance(3)) group.set("systems", someSystems());
+  if (random_.chance(3)) group.set("versions", someVersions());
+  Object paths;
+  for (std::size_t at = 0; at != names_.publications.size(); ++at) {
+    const Names::Path& path = names_.publications[at];
+    if (mayName(name, at)) paths.set(path.path, newPublication(path));
+  }
+  group.set("paths", Value(std::move(paths)));
+  Object dirs;
+  for (std::size_t at = 0; at != names_.directories.size(); ++at) {
+    const Names::Path& path = names_.directories[at];
+    if (mayName(name, at)) dirs.set(path.path, newDirectory(path));
+  }
+  group.set("dirs", Value(std::move(dirs)));
+  return Value(std::move(group));
+}
+
+Fabric::Value ChangeMaker::newPath(const Names::Path& path) {
+  Object object;
+  object.set("type", Value(path.type));
+  object.set("flags", Value(path.more));
+  object.set("target", Value(path.target));
+  return Value(std::move(object));
+}
+
+Fabric::Value ChangeMaker::newPublication(const Names::Path& path) {
+  return tree({{"remote", Value(path.more)}, {"type", Value(path.type)}});
+}
+
+Fabric::Value ChangeMaker::newDirectory(const Names::Path& path) {
+  return tree({{"remote", Value(path.more)},
+               {"type", Value(path.type)},
+               {"ready", Value(!random_.chance(3))}});
+}
+
+Fabric::Value ChangeMaker::someSystems() {
+  const bool list = random_.coin();
+  Value::Array ids;
+  Object members;
+  for (std::size_t left = random_.below(4); left != 0; --left) {
+    const std::string id = someId();
+    if (members.find(id)) continue;
+    ids.emplace_back(id);
+    members.set(id, Value(!random_.chance(5)));
+  }
+  return list ? Value(std::move(ids)) : Value(std::move(members));
+}
+
+Fabric::Value ChangeMaker::someVersions() {
+  const bool list = random_.coin();
+  Value::Array versions;
+  Object members;
+  for (std::size_t version = 0; version != 4; ++version) {
+    if (!random_.chance(3)) continue;
+    versions.push_back(whole(version));
+    members.set(std::to_string(version), Value(!random_.chance(5)));
+  }
+  return list ? Value(std::move(versions)) : Value(std::move(members));
+}
+
+Fabric::Value ChangeMaker::service() {
+  if (names_.services.empty()) return {};
+  const std::string& name = random_.pick(names_.services);
+  const Value* const known = model_.find(Block::services, name);
+  if (known != nullptr && random_.chance(4)) return tree("services", tree(name, Value()));
+  const bool proxy = name.ends_with("-Proxy");
+  const std::string_view block = proxy ? "mount" : someBlockName();
+  if (known != nullptr && known->find(block) != nullptr) {
+    return tree("services", tree(name, tree(block, Value())));
+  }
+  Object body;
+  if (known == nullptr && proxy) body.set("proxy", Value(true));
+  body.set(block, block == "mount" ? newMountBlock(name) : newPublishBlock(name));
+  return tree("services", tree(name, Value(std::move(body))));
+}
+
+Fabric::Value ChangeMaker::group() {
+  const std::string name = someService();
+  if (name.empty()) return {};
+  const Value& service = *model_.find(Block::services, name);
+  const std::string block = someBlockNameOf(service);
+  if (block.empty()) return {};
+  const std::string& group = random_.pick(names_.groups);
+  const Value* const groups = service.find(block)->find("groups");
+  const bool known = groups != nullptr && groups->find(group) != nullptr;
+  Value body = known ? Value() : block == "mount" ? newMountGroup(group) : newPublishGroup(group);
+  return patchOfGroup({name, group, nullptr}, block, std::move(body));
+}
+
+Fabric::Value ChangeMaker::block(std::string_view member, const Value& patch) {
+  const std::string name = someService();
+  if (name.empty()) return {};
+  const std::string block = someBlockNameOf(*model_.find(Block::services, name));
+  if (block.empty()) return {};
+  return tree("services", tree(name, tree(block, tree(member, patch))));
+}
+
+Fabric::Value ChangeMaker::path() {
+  const auto chosen = someGroup("mount");
+  if (!chosen || names_.mounts.empty()) return {};
+  const std::size_t at = random_.below(names_.mounts.size());
+  const Names::Path& path = names_.mounts[at];
+  const bool known = GroupView(chosen->value).paths().find(path.path) != nullptr;
+  if (!known && !mayName(chosen->name, at)) return {};
+  return patchOfGroup(*chosen, "mount",
+                      tree("paths", tree(path.path, known ? Value() : newPath(path))));
+}
+
+Fabric::Value ChangeMaker::systemFilter() {
+  const std::string_view blockName = someBlockName();
+  const auto chosen = someGroup(blockName);
+  if (!chosen) return {};
+  Value filter = random_.chance(4) ? Value() : someSystems();
+  if (filter.isObject() && random_.chance(3)) filter.mutableObject().set(someId(), Value());
+  return patchOfGroup(*chosen, blockName, tree("systems", std::move(filter)));
+}
+
+Fabric::Value ChangeMaker::versionFilter() {
+  const std::string_view blockName = someBlockName();
+  const auto chosen = someGroup(blockName);
+  if (!chosen) return {};
+  Value filter = random_.chance(4) ? Value() : someVersions();
+  if (filter.isObject() && random_.chance(3)) {
+    filter.mutableObject().set(std::to_string(random_.below(4)), Value());
+  }
+  return patchOfGroup(*chosen, blockName, tree("versions", std::move(filter)));
+}
+
+Fabric::Value ChangeMaker::publication() {
+  const auto chosen = someGroup("publish");
+  if (!chosen || names_.publications.empty()) return {};
+  const std::size_t at = random_.below(names_.publications.size());
+  const Names::Path& path = names_.publications[at];
+  const bool known = GroupView(chosen->value).paths().find(path.path) != nullptr;
+  if (!known && !mayName(chosen->name, at)) return {};
+  return patchOfGroup(*chosen, "publish",
+                      tree("paths", tree(path.path, known ? Value() : newPublication(path))));
+}
+
+Fabric::Value ChangeMaker::directory() {
+  const auto chosen = someGroup("publish");
+  if (!chosen || names_.directories.empty()) return {};
+  const Names::Path& path = random_.pick(names_.directories);
+  const bool known = GroupView(chosen->value).dirs().find(path.path) != nullptr;
+  Value body = !known           ? newDirectory(path)
+               : random_.coin() ? tree("ready", Value(random_.coin()))
+                                : Value();
+  return patchOfGroup(*chosen, "publish", tree("dirs", tree(path.path, std::move(body))));
+}
+
+Fabric::Value ChangeMaker::readiness() {
+  const std::string name = someService();
+  if (name.empty() || model_.find(Block::services, name)->find("publish") == nullptr) return {};
+  return tree("services", tree(name, tree("publish", tree("ready", Value(random_.coin())))));
+}
+
+// ---- the rest
+
+Fabric::Value ChangeMaker::entity() {
+  if (names_.publications.empty()) return {};
+  const Names::Path& path = random_.pick(names_.publications);
+  const bool known = model_.find(Block::entities, path.path) != nullptr;
+  return tree("entities", tree(path.path, known ? Value() : Value(path.type)));
+}
+
+Fabric::Value ChangeMaker::someHeartbeat() {
+  static constexpr std::array<double, 4> kHeartbeats = {0.5, 1, 2, 5};
+  return random_.chance(5) ? Value() : Value(random_.pick(kHeartbeats));
+}
+
+Fabric::Value ChangeMaker::someAttrlog() {
+  static constexpr std::array<double, 3> kSyncs = {0, 0.5, 3.5};
+  Object connection;
+  connection.set("passive", Value(!random_.chance(4)));
+  connection.set("active", Value(!random_.chance(4)));
+  connection.set("demuxer", Value(!random_.chance(4)));
+  connection.set("connected", Value(!random_.chance(4)));
+  connection.set("sync", random_.chance(4) ? Value("never") : Value(random_.pick(kSyncs)));
+  return Value(std::move(connection));
+}
+
+Fabric::Value ChangeMaker::attrlog() {
+  if (names_.attrlogs.empty()) return {};
+  const std::string& name = random_.pick(names_.attrlogs);
+  const bool known = model_.find(Block::attrlog, name) != nullptr;
+  return tree("attrlog", tree(name, known && random_.coin() ? Value() : someAttrlog()));
+}
+
+}  // namespace Soak

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <utility>
+
+#include "Fabric/Simulation.h"
+#include "Soak/Excuses.h"
+#include "Soak/Truth.h"
+
+namespace Soak {
+
+/// What holds after every event, turn and timer of a run, whatever came before: what the machines
+/// keep and what they have written agree with a scan of the inputs.
+///
+/// check() throws Broken. Costs a walk over everything; reads, changes nothing.
+class Invariants {
+ public:
+  /// Both have to stay.
+  Invariants(const Fabric::Simulation& simulation, const Excuses& excuses)
+      : simulation_(simulation), excuses_(excuses), truth_(simulation.world()) {}
+
+  void check();
+  /// After each patch, also one that is applied within another piece of work: what a later change
+  /// of the same piece hides is seen.
+  void patchCame();
+
+ private:
+  using Entry = Controller::MountsRegistryEntry;
+  using EntrySm = Controller::MountsRegistryEntrySm;
+
+  const Fabric::World& world() const { return simulation_.world(); }
+
+  void checkRegistryMachine() const;
+  // ---- mounts
+  void checkEntry(const Entry& entry, const EntrySm& machine) const;
+  void checkFilters(const Truth::Filters& filters, const EntrySm& machine) const;
+  void checkMount(const Entry& entry, const EntrySm& machine, const Truth::Filters& filters,
+                  const Controller::Peer& peer) const;
+  void checkRecords(const Entry& entry, const EntrySm& machine) const;
+  void checkStatusOfMount(const Entry& entry, const EntrySm& machine,
+                          const Controller::Peer& peer) const;
+  // ---- what the services are told
+  void checkStatuses(const Fennix::Dir& statuses, const Fennix::Dir& configs);
+  void lookForLeftBehind(const Fennix::Dir& statuses);
+  bool isKnown(const Controller::SystemId& systemId) const;
+  bool hasMounter(const Controller::ServiceMountStatus& status) const;
+  void checkSystem(const Orm::String& service, const Controller::ServiceMountStatus& status,
+                   const Controller::SystemStatus& system);
+  void checkGroup(const Orm::String& service, const Controller::ServiceMountStatus& status,
+                  const Controller::SystemStatus& system,
+                  const Controller::ServiceMountGroupStatus& group) const;
+  // ---- configuration
+  void checkConfigurations(const Fennix::Dir& configs, const Fennix::Dir& statuses,
+                           bool proxies) const;
+  void checkMounters(const Entry& entry) const;
+  // ---- publications
+  void checkPublications() const;
+  void checkPublication(const Controller::PublishRegistryEntrySm& machine,
+                        const Controller::Peer& peer) const;
+  void checkPublished(const Controllerdb::SystemPublishedMount& system) const;
+  void checkReadiness() const;
+
+  const Fabric::Simulation& simulation_;
+  const Excuses& excuses_;
+  Truth truth_;
+  /// Services and switches that are unknown whose status nobody is left to take away: the service
+  /// had no mounter when the switch was forgotten.
+  std::set<std::pair<const Controller::ServiceMountStatus*, std::string>> leftBehind_;
+};
+
+}  // namespace Soak

@@ -1,0 +1,96 @@
+#include "Soak/Meddler.h"
+
+#include <utility>
+
+#include "Fabric/SimulatedMountSm.h"
+
+namespace Soak {
+
+using Controller::MountsRegistryEntrySm;
+using Controller::MountState;
+using Fabric::SimulatedMountSm;
+
+Meddler::Meddler(Fabric::Simulation& simulation, Excuses& excuses)
+    : simulation_(simulation),
+      excuses_(excuses),
+      peerTable_(this),
+      mountsRegistry_(this),
+      mounts_(simulation.world().mountStatusDir(), *this),
+      proxyMounts_(simulation.world().proxyMountStatusDir(), *this),
+      publications_(simulation.world().publishStatus(), *this) {
+  peerTable_.notifierIs(simulation.world().peerTable());
+  mountsRegistry_.notifierIs(simulation.world().mountsRegistry());
+  excuses_.start(simulation.model());
+}
+
+void Meddler::OrmMountsRegistry::onAttribute(Orm::AttributeId attribute, const Orm::Key&) {
+  using Attr = Controller::MountsRegistry::Attr;
+  if (attribute == Attr::mountEntry) owner()->told(Fault::Notice::mountEntry);
+  if (attribute == Attr::publishEntry) owner()->told(Fault::Notice::publishEntry);
+}
+
+void Meddler::note(std::string_view text) {
+  const std::optional<Fault> fault = Fault::parse(text);
+  if (!fault) return;
+  if (fault->kind == Fault::Kind::within) {
+    within_ = fault;
+  } else {
+    carryOut(*fault);
+  }
+}
+
+void Meddler::apply(const Fabric::Event& event) {
+  if (const auto within = std::exchange(within_, std::nullopt)) {
+    applyWaiting();
+    waiting_ = Waiting{within->notice, within->count, &*event.apply};
+    return;
+  }
+  applyNow(*event.apply);
+  applyWaiting();
+}
+
+void Meddler::told(Fault::Notice notice) {
+  if (waiting_ && waiting_->notice == notice && --waiting_->left == 0) applyWaiting();
+}
+
+void Meddler::applyWaiting() {
+  if (const auto waiting = std::exchange(waiting_, std::nullopt)) applyNow(*waiting->patch);
+}
+
+void Meddler::applyNow(const Fabric::Patch& patch) {
+  if (depth_ != 0) excuses_.nested();
+  ++depth_;
+  excuses_.patchComes(simulation_.model(), patch);
+  simulation_.applyPatch(patch);
+  excuses_.patchCame(simulation_.model(), patch);
+  --depth_;
+  if (onPatch_) onPatch_();
+}
+
+void Meddler::carryOut(const Fault& fault) {
+  const Fabric::Machines* const machines = simulation_.machines();
+  const MountsRegistryEntrySm* const entry =
+      machines ? machines->mountsRegistrySm()->mountsRegistryEntrySm().find(Orm::String(fault.path))
+               : nullptr;
+  if (!entry) return;
+  const Orm::Ptr<SimulatedMountSm> mount(
+      static_cast<SimulatedMountSm*>(entry->mountSm(fault.systemId)));
+  if (!mount) return;
+  switch (fault.kind) {
+    case Fault::Kind::state:
+      excuses_.mountMeddledWith(fault.systemId, fault.state == MountState::unmounted);
+      entry->mountSmData(fault.systemId)->mountStateIs(fault.state);
+      break;
+    case Fault::Kind::lose:
+      excuses_.mountMeddledWith(fault.systemId, false);
+      mount->loseOutcome();
+      break;
+    case Fault::Kind::vanish:
+      mount->entry().mountDir()->entityDel(fault.systemId.stringValue());
+      break;
+    case Fault::Kind::within:
+      break;
+  }
+}
+
+}  // namespace Soak
