@@ -130,6 +130,8 @@ void MountsRegistrySm::handlePublishEntry(const String& name) {
     Orm::assertThat(!preSm || pe->serviceName() == preSm->publishEntry()->serviceName(),
                     "!preSm || pe->serviceName() == preSm->publishEntry()->serviceName()");
     publishRegistryEntrySmIs(pe, oobStatus_, controllerdbPublishStatus_);
+    // Who was told of what the new machine did may have taken its entry away.
+    if (!mountsRegistry_->publishEntry(name)) handlePublishEntry(name);
   } else if (preSm) {
     REGISTRY_TRACE(8, "MountsRegistrySm::", "handlePublishEntry", ": ",
                    " Deleting publish sm for: ", name);
