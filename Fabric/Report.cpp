@@ -34,11 +34,30 @@ std::string reasonOf(const Report::Missing& missing) {
     case Report::Cause::refused:
       return text(missing.admission);
     case Report::Cause::registeredByOther:
-      return "path already of group " + missing.otherGroup;
+      return "path already of group " + missing.holder;
+    case Report::Cause::publishedByOther:
+      return "path already of service " + missing.holder;
     case Report::Cause::notRegistered:
       return "path not registered";
     case Report::Cause::kept:
       return "not connected, state kept";
+  }
+  return "unknown";
+}
+
+bool waitsForLocal(Report::Cause cause, Controller::Admission admission) {
+  return cause == Report::Cause::refused && (admission == Controller::Admission::entityMissing ||
+                                             admission == Controller::Admission::notReady);
+}
+
+const char* text(Report::Readiness readiness) {
+  switch (readiness) {
+    case Report::Readiness::notReady:
+      return "not ready";
+    case Report::Readiness::heldBack:
+      return "held back";
+    case Report::Readiness::ready:
+      return "ready";
   }
   return "unknown";
 }

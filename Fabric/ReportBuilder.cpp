@@ -4,7 +4,9 @@
 #include <utility>
 
 #include "Fabric/DocumentTime.h"
+#include "Fabric/PublishReportBuilder.h"
 #include "Fabric/SimulatedMountSm.h"
+#include "Fabric/StaleGeneration.h"
 
 namespace Fabric {
 
@@ -36,6 +38,7 @@ void ReportBuilder::build(Report& report) {
   addSwitches();
   addServices(*world_.mountConfigDir(), false);
   addServices(*world_.proxyMountConfigDir(), true);
+  PublishReportBuilder(world_, machines_, systemIds_).build(report);
 }
 
 void ReportBuilder::addSwitches() {
@@ -70,10 +73,7 @@ std::string ReportBuilder::whyNotInForce(const String& service,
   auto* const groupMachine = machine->mountGroupSm().find(group.groupName());
   if (!groupMachine) return "the group was not taken up";
   if (groupMachine->canMount()) return "";
-  if (report_->leader.empty()) return "no leader is known";
-  const std::string generation = config.genId().str();
-  return (generation.empty() ? "written under no generation" : "written under " + generation) +
-         ", the leader's is " + report_->leader;
+  return staleGeneration(config.genId().str(), report_->leader);
 }
 
 void ReportBuilder::addGroup(const String& service, bool proxy,
@@ -87,12 +87,12 @@ void ReportBuilder::addGroup(const String& service, bool proxy,
                       {},
                       {}};
   if (added.notInForce.empty()) {
-    worst_.assign(systemIds_.size(), std::nullopt);
-    missing_.clear();
+    MissingLines lines(systemIds_.size());
     for (const auto& path : group.mountConfig()) {
-      addPath(path->path(), config, group.groupName());
+      addPath(lines, path->path(), config, group.groupName());
     }
-    finishGroup(added);
+    added.counts = countsOf(lines);
+    added.missing = lines.lines();
   }
   if (!proxy) {
     added.initialMounts = initialMountsOf(*machines_.initialMountSm(), world_, service, group);
@@ -100,12 +100,12 @@ void ReportBuilder::addGroup(const String& service, bool proxy,
   report_->groups.push_back(std::move(added));
 }
 
-void ReportBuilder::addPath(const String& path, const Controller::ServiceMountConfig& config,
-                            const String& group) {
+void ReportBuilder::addPath(MissingLines& lines, const String& path,
+                            const Controller::ServiceMountConfig& config,
+                            const String& group) const {
   auto* const entry = machines_.mountsRegistrySm()->mountsRegistryEntrySm().find(path);
   const Controller::Mounter* const mounter =
       entry ? entry->registryEntry()->mounter(config.serviceName()) : nullptr;
-  Reasons reasons;
   for (std::size_t at = 0; at != systemIds_.size(); ++at) {
     const std::optional<Reason> reason =
         !mounter ? Reason{Cause::notRegistered, Admission::undecided, {}}
@@ -113,10 +113,10 @@ void ReportBuilder::addPath(const String& path, const Controller::ServiceMountCo
             ? Reason{Cause::registeredByOther, Admission::undecided, mounter->groupName().str()}
             : reasonOf(*entry, *mounter, at);
     if (!reason) continue;
-    note(reasons, *reason, at,
-         hasTimes(reason->cause) ? askedAt(*entry, systemIds_[at]) : std::nullopt);
+    lines.note(*reason, at,
+               hasTimes(reason->cause) ? askedAt(*entry, systemIds_[at]) : std::nullopt);
   }
-  addReasons(path, std::move(reasons));
+  lines.pathEnds(path.str());
 }
 
 std::optional<ReportBuilder::Reason> ReportBuilder::reasonOf(
@@ -142,38 +142,10 @@ bool ReportBuilder::isKept(const Controller::MountsRegistryEntrySm& entry,
   return dir && dir->entity().has(systemNames_[index]);
 }
 
-void ReportBuilder::note(Reasons& reasons, const Reason& reason, std::size_t index,
-                         std::optional<Orm::Seconds> asked) {
-  Switches& switches = reasons[reason];
-  switches.indices.push_back(static_cast<std::uint32_t>(index));
-  if (asked) {
-    switches.askedFirst = std::min(switches.askedFirst.value_or(*asked), *asked);
-    switches.askedLast = std::max(switches.askedLast.value_or(*asked), *asked);
-  }
-  auto& worst = worst_[index];
-  if (!worst || reason < *worst) worst = reason;
-}
-
-void ReportBuilder::addReasons(const String& path, Reasons&& reasons) {
-  for (auto& [reason, switches] : reasons) {
-    const auto [at, isNew] =
-        missing_.try_emplace({reason, std::move(switches.indices)}, Report::Missing());
-    Report::Missing& missing = at->second;
-    missing.paths.push_back(path.str());
-    if (isNew) {
-      missing.askedFirst = switches.askedFirst;
-      missing.askedLast = switches.askedLast;
-    } else if (switches.askedFirst && missing.askedFirst) {
-      missing.askedFirst = std::min(*missing.askedFirst, *switches.askedFirst);
-      missing.askedLast = std::max(*missing.askedLast, *switches.askedLast);
-    }
-  }
-}
-
-void ReportBuilder::finishGroup(Report::Group& group) {
-  for (std::size_t at = 0; at != worst_.size(); ++at) {
-    const auto& worst = worst_[at];
-    Report::Counts& counts = group.counts;
+Report::Counts ReportBuilder::countsOf(const MissingLines& lines) const {
+  Report::Counts counts;
+  for (std::size_t at = 0; at != systemIds_.size(); ++at) {
+    const auto& worst = lines.worst()[at];
     if (!report_->switches[at].connected) {
       ++counts.notConnected;
     } else if (!worst) {
@@ -186,13 +158,7 @@ void ReportBuilder::finishGroup(Report::Group& group) {
       ++counts.notAdmitted;
     }
   }
-  for (auto& [key, missing] : missing_) {
-    missing.cause = key.first.cause;
-    missing.admission = key.first.admission;
-    missing.otherGroup = key.first.otherGroup;
-    missing.switches = key.second;
-    group.missing.push_back(std::move(missing));
-  }
+  return counts;
 }
 
 }  // namespace Fabric

@@ -71,7 +71,7 @@ class ChangeMaker {
   std::string someId();
   std::string someService();
   std::optional<Group> someGroup(std::string_view blockName);
-  std::string_view someBlockName() { return random_.chance(3) ? "publish" : "mount"; }
+  std::string_view someBlockName() { return random_.coin() ? "publish" : "mount"; }
   std::string someBlockNameOf(const Value& service);
 
   Value someStatus();

@@ -1,6 +1,9 @@
 #include "Soak/Invariants.h"
 
 #include <array>
+#include <map>
+#include <type_traits>
+#include <vector>
 
 #include "Fabric/SimulatedMountSm.h"
 #include "Platform/Orm/ActivityScope.h"
@@ -59,7 +62,9 @@ const MountsRegistrySm& registrySm(const Fabric::Simulation& simulation) {
 void Invariants::check() {
   require(Orm::ActivityScope::zombies() == 0, "a machine waits to be reclaimed after the event");
   if (!simulation_.machines()) return;
+  require(seen_.empty(), "no entry waits when its service gets ready:", seen_);
   checkRegistryMachine();
+  checkIndexes();
   for (const Ptr<MountsRegistryEntry>& entry : world().mountsRegistry()->mountEntry()) {
     const auto* const machine = registrySm(simulation_).mountsRegistryEntrySm().find(entry->name());
     require(machine != nullptr, "a mount entry without its machine:", entry->name().view());
@@ -72,6 +77,44 @@ void Invariants::check() {
   checkConfigurations(*world().proxyMountConfigDir(), *world().proxyMountStatusDir(), true);
   checkPublications();
   checkReadiness();
+}
+
+void Invariants::readinessCame(std::string_view service, bool ready) {
+  if (ready && hasWaitingEntry(String(service))) seen_ = service;
+}
+
+bool Invariants::hasWaitingEntry(const String& service) const {
+  return anyOf(registrySm(simulation_).publishRegistryEntrySm(), [&service](const auto& machine) {
+    return machine->publishEntry()->serviceName() == service &&
+           machine->entityPresenceCheckClockTimeMin() != Orm::kNever;
+  });
+}
+
+/// The entries that are found by a service are those of a walk over all of them, in its order.
+void Invariants::checkIndexes() const {
+  const MountsRegistrySm& machine = registrySm(simulation_);
+  std::map<String, std::vector<const MountsRegistryEntrySm*>> mounts;
+  for (const auto& entry : machine.mountsRegistryEntrySm()) {
+    std::set<String> services;
+    for (const Ptr<Mounter>& mounter : entry->registryEntry()->mounter()) {
+      services.insert(Truth::realName(mounter->serviceName()));
+    }
+    for (const String& service : services) mounts[service].push_back(entry.get());
+  }
+  std::map<String, std::vector<const PublishRegistryEntrySm*>> publications;
+  for (const auto& entry : machine.publishRegistryEntrySm()) {
+    publications[Truth::realName(entry->publishEntry()->serviceName())].push_back(entry.get());
+  }
+  const auto check = [](const auto& all, const auto& index) {
+    require(all.size() == index.services(), "an index has the services that have entries");
+    for (const auto& [service, entries] : all) {
+      std::remove_cvref_t<decltype(entries)> found;
+      index.walk(service, [&found](const auto& entry) { found.push_back(&entry); });
+      require(found == entries, "an index has the entries of a service:", service.view());
+    }
+  };
+  check(mounts, machine.mountsOfService());
+  check(publications, machine.publicationsOfService());
 }
 
 void Invariants::checkRegistryMachine() const {
@@ -417,12 +460,8 @@ void Invariants::checkReadiness() const {
   }
   for (const auto& slot : wanted) {
     if (!slot.value || told.value(slot.key)) continue;
-    const auto& machines = registrySm(simulation_).publishRegistryEntrySm();
-    const bool waits = anyOf(machines, [&slot](const auto& machine) {
-      return machine->publishEntry()->serviceName() == slot.key &&
-             machine->entityPresenceCheckClockTimeMin() != Orm::kNever;
-    });
-    require(waits, "who says so is ready, unless an entry waits:", slot.key.view());
+    require(hasWaitingEntry(slot.key),
+            "who says so is ready, unless an entry waits:", slot.key.view());
   }
 }
 

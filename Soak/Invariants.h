@@ -24,6 +24,9 @@ class Invariants {
   /// After each patch, also one that is applied within another piece of work: what a later change
   /// of the same piece hides is seen.
   void patchCame();
+  /// Within the notification that a service is ready, or is no longer; check() throws what is
+  /// wrong.
+  void readinessCame(std::string_view service, bool ready);
 
  private:
   using Entry = Controller::MountsRegistryEntry;
@@ -32,6 +35,7 @@ class Invariants {
   const Fabric::World& world() const { return simulation_.world(); }
 
   void checkRegistryMachine() const;
+  void checkIndexes() const;
   // ---- mounts
   void checkEntry(const Entry& entry, const EntrySm& machine) const;
   void checkFilters(const Truth::Filters& filters, const EntrySm& machine) const;
@@ -60,6 +64,7 @@ class Invariants {
                         const Controller::Peer& peer) const;
   void checkPublished(const Controllerdb::SystemPublishedMount& system) const;
   void checkReadiness() const;
+  bool hasWaitingEntry(const Orm::String& service) const;
 
   const Fabric::Simulation& simulation_;
   const Excuses& excuses_;
@@ -67,6 +72,8 @@ class Invariants {
   /// Services and switches that are unknown whose status nobody is left to take away: the service
   /// had no mounter when the switch was forgotten.
   std::set<std::pair<const Controller::ServiceMountStatus*, std::string>> leftBehind_;
+  /// What was seen within a notification, where nothing may be thrown.
+  std::string seen_;
 };
 
 }  // namespace Soak

@@ -105,6 +105,9 @@ class Run {
 
   void go() {
     meddler_.onPatchIs([this] { invariants_.patchCame(); });
+    meddler_.onReadyIs([this](std::string_view service, bool ready) {
+      invariants_.readinessCame(service, ready);
+    });
     run_.hooksIs({.onNote = [this](const std::string& text) { meddler_.note(text); },
                   .onApply =
                       [this](const Fabric::Event& event) {

@@ -26,6 +26,11 @@ class Meddler final : public Fabric::StatusObserver {
   /// Called after each patch.
   void onPatchIs(std::function<void()> onPatch) { onPatch_ = std::move(onPatch); }
 
+  /// Called within each change of a service's readiness, before a patch that waits for it.
+  void onReadyIs(std::function<void(std::string_view service, bool ready)> onReady) {
+    onReady_ = std::move(onReady);
+  }
+
   /// A note that is a fault is done, other notes are not.
   void note(std::string_view text);
   /// An event's patch, which is applied now unless the event's note said otherwise.
@@ -39,7 +44,10 @@ class Meddler final : public Fabric::StatusObserver {
     told(Fault::Notice::published);
   }
   void unpublished(std::string_view, std::string_view) override { told(Fault::Notice::published); }
-  void publishReady(std::string_view, bool) override { told(Fault::Notice::publishReady); }
+  void publishReady(std::string_view service, bool ready) override {
+    if (onReady_) onReady_(service, ready);
+    told(Fault::Notice::publishReady);
+  }
   void initialMountsComplete(std::string_view, std::string_view, bool) override {
     told(Fault::Notice::initialMountsComplete);
   }
@@ -73,6 +81,7 @@ class Meddler final : public Fabric::StatusObserver {
   Fabric::Simulation& simulation_;
   Excuses& excuses_;
   std::function<void()> onPatch_;
+  std::function<void(std::string_view service, bool ready)> onReady_;
   std::optional<Fault> within_;
   std::optional<Waiting> waiting_;
   std::size_t depth_ = 0;  // of patches that are being applied

@@ -46,6 +46,8 @@ const std::array<Profile, 8>& profiles() {
        weights({{Change::publication, 30},
                 {Change::directory, 25},
                 {Change::ready, 20},
+                {Change::systemFilter, 30},
+                {Change::versionFilter, 20},
                 {Change::entity, 30}})},
       {"initial", "initial mounts: leaders, late switches, slow mounts, flushes", 1, 6, 15, 4,
        weights({{Change::leader, 12},

@@ -16,12 +16,12 @@ namespace {
 
 constexpr std::string_view kProxy = "-Proxy";
 
-String realName(const String& service) {
+}  // namespace
+
+String Truth::realName(const String& service) {
   const std::string_view name = service.view();
   return name.ends_with(kProxy) ? String(name.substr(0, name.size() - kProxy.size())) : service;
 }
-
-}  // namespace
 
 std::uint32_t Truth::version(const String& service, const Peer& peer) const {
   const ControllerOob::ClientStatus* const client =

@@ -35,6 +35,9 @@ class Truth {
   /// The version of a service, or of the one that a proxy stands for, on a connection; 0: none.
   std::uint32_t version(const Orm::String& service, const Controller::Peer& peer) const;
 
+  /// The service itself, or the one that a proxy stands for.
+  static Orm::String realName(const Orm::String& service);
+
   static Filters filtersOf(const Controller::MountsRegistryEntry& entry);
   /// The path is to be mounted from the switch.
   bool admits(const Controller::MountsRegistryEntry& entry, const Filters& filters,

@@ -35,9 +35,10 @@ void writeSwitches(JsonText& json, const Report& report) {
 void writeMissing(JsonText& json, const Report& report, const Report::Missing& missing) {
   json.beginObject(WhenEmpty::keep);
   json.textMember("reason", reasonOf(missing));
-  if (missing.askedFirst) {
-    json.secondsMember("askedFirst", *missing.askedFirst);
-    json.secondsMember("askedLast", *missing.askedLast);
+  if (missing.timeFirst) {
+    const bool asked = missing.cause != Report::Cause::refused;
+    json.secondsMember(asked ? "askedFirst" : "nextLookFirst", *missing.timeFirst);
+    json.secondsMember(asked ? "askedLast" : "nextLookLast", *missing.timeLast);
   }
   json.array("paths", WhenEmpty::keep, [&] {
     for (const std::string& path : missing.paths) json.text(path);
@@ -92,6 +93,27 @@ void writeGroup(JsonText& json, const Report& report, const Report::Group& group
   json.endObject();
 }
 
+void writePublishGroup(JsonText& json, const Report& report, const Report::PublishGroup& group) {
+  json.beginObject(WhenEmpty::keep);
+  json.textMember("service", group.service);
+  json.textMember("group", group.group);
+  json.textMember("readiness", text(group.readiness));
+  wholeMember(json, "paths", group.paths);
+  json.textMemberUnlessEmpty("notInForce", group.notInForce);
+  if (group.notInForce.empty()) {
+    json.object("switches", WhenEmpty::keep, [&] {
+      wholeMember(json, "published", group.counts.published);
+      wholeMember(json, "waiting", group.counts.waiting);
+      wholeMember(json, "notAdmitted", group.counts.notAdmitted);
+      wholeMember(json, "notConnected", group.counts.notConnected);
+    });
+    json.array("notPublished", WhenEmpty::leaveOut, [&] {
+      for (const Report::Missing& missing : group.missing) writeMissing(json, report, missing);
+    });
+  }
+  json.endObject();
+}
+
 void writeLog(JsonText& json, const Report& report) {
   json.array("log", WhenEmpty::leaveOut, [&] {
     for (const auto& message : report.log) {
@@ -142,6 +164,11 @@ void writeReportJson(const Report& report, std::ostream& out) {
   writeSwitches(json, report);
   json.array("groups", WhenEmpty::keep, [&] {
     for (const Report::Group& group : report.groups) writeGroup(json, report, group);
+  });
+  json.array("publishGroups", WhenEmpty::keep, [&] {
+    for (const Report::PublishGroup& group : report.publishGroups) {
+      writePublishGroup(json, report, group);
+    }
   });
   writeLog(json, report);
   writeExpectations(json, report);

@@ -10,9 +10,10 @@
 
 namespace Zorb {
 
-/// Renders the report for a person: first whether all is well, then each group in numbers, how
-/// far it is with its initial mounts, what is missing and why, the log, and the expectations that
-/// failed. Long lists of switches, paths and messages are cut; nothing else is.
+/// Renders the report for a person: first whether all is well, then each mount group in numbers,
+/// how far it is with its initial mounts, what is missing and why, the same of publications, the
+/// log, and the expectations that failed. Long lists of switches, paths and messages are cut;
+/// nothing else is.
 class ReportText {
  public:
   /// The report must stay.
@@ -26,17 +27,25 @@ class ReportText {
   void writeSummary(std::ostream& out) const;
   void writeGroups(std::ostream& out) const;
   void writeInitialMounts(std::ostream& out) const;
-  void writeMissing(std::ostream& out) const;
+  void writePublishGroups(std::ostream& out) const;
+  /// Groups of mounts or of publications.
+  template <class Group>
+  void writeMissing(std::ostream& out, const std::string& name,
+                    const std::vector<Group>& groups) const;
   void writeLog(std::ostream& out) const;
   void writeExpectations(std::ostream& out) const;
 
+  /// What is not as it should be, a line each.
+  void writeTroubles(std::ostream& out) const;
+  void line(std::ostream& out, Style style, const std::string& text) const;
   void title(std::ostream& out, const std::string& text) const;
   std::vector<Table::Cell> groupRow(const Report::Group& group, bool withNotConnected) const;
+  std::vector<Table::Cell> publishGroupRow(const Report::PublishGroup& group,
+                                           bool withNotConnected) const;
   std::vector<Table::Cell> missingRow(const Report::Missing& missing,
                                       std::size_t pathsOfGroup) const;
+  bool allConnected() const { return report_.connectedSwitches() == report_.switches.size(); }
   std::string switchList(const Report::SwitchIndices& switches) const;
-  /// The one line that all groups have of switches that are not connected; null when they differ.
-  const Report::Missing* commonNotConnected() const;
 
   const Report& report_;
   bool colours_;

@@ -2,7 +2,7 @@
 
 namespace Zorb {
 
-/// As `zorb --version` prints it; the project's version in CMakeLists.txt.
-inline constexpr const char* kVersion = "0.1.0";
+/// As `zorb --version` prints it: the project's version, which the build hands in.
+inline constexpr const char* kVersion = ZORB_VERSION;
 
 }  // namespace Zorb

@@ -117,6 +117,11 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
     publicationsOfService_.remove(realServiceName, entry);
   }
 
+  const ServiceIndex<MountsRegistryEntrySm>& mountsOfService() const { return mountsOfService_; }
+  const ServiceIndex<PublishRegistryEntrySm>& publicationsOfService() const {
+    return publicationsOfService_;
+  }
+
   // ---- children; each is cleaned up before it is let go
 
   using MountsRegistryEntrySms =

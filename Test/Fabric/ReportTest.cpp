@@ -142,8 +142,8 @@ events:
   ASSERT_EQ(report.groups.at(0).missing.size(), 1U);
   const Report::Missing& missing = report.groups[0].missing[0];
   EXPECT_EQ(missing.switches, (Report::SwitchIndices{0, 1}));
-  EXPECT_EQ(missing.askedFirst, 0.0);
-  EXPECT_EQ(missing.askedLast, 2.5);
+  EXPECT_EQ(missing.timeFirst, 0.0);
+  EXPECT_EQ(missing.timeLast, 2.5);
 }
 
 TEST(ReportTest, KeptForAnInactiveSwitch) {

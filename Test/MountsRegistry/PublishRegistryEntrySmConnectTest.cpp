@@ -258,6 +258,18 @@ TEST_F(PublishRegistryEntrySmConnectTest, TheChildOfAPrefixPathMayRemoveItsEntry
   EXPECT_TRUE(record(kOne)->publishedMount().empty());
 }
 
+TEST_F(PublishRegistryEntrySmConnectTest, AnEntryThatGoesWhileItsMachineIsMade_LeavesNoMachine) {
+  connect(kOne, {{kService, 3}});
+  connect(kTwo, {{kService, 3}});
+  Support::Recorder remover(root()->lookup(kDir), [this](Orm::AttributeId, const Orm::Key&) {
+    registry()->publishEntryDel(kDir);
+  });
+  readyPrefixEntryIs(kDir);
+  EXPECT_TRUE(registrySm().publishRegistryEntrySm().empty());
+  EXPECT_TRUE(record(kOne)->publishedMount().empty());
+  EXPECT_TRUE(record(kTwo)->publishedMount().empty());
+}
+
 TEST_F(PublishRegistryEntrySmConnectTest, TheChildOfAPrefixPathMayRemoveThePeer) {
   readyPrefixEntryIs(kDir);
   Support::Recorder remover(root()->lookup(kDir),

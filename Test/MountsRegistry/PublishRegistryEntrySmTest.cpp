@@ -172,6 +172,52 @@ TEST_F(PublishRegistryEntrySmTest, AVersionOfOneServiceConcernsItsEntriesAlone) 
   EXPECT_EQ(decisions(kOne, "/controller/routes"), 0U);
 }
 
+TEST_F(PublishRegistryEntrySmTest, EachStepOfADecisionIsTraced) {
+  connect(kOne, {{kService, 3}});
+  const auto entry = entryIs(kPath, kService, versionFilter({3}));
+  traceIs(8);
+  entry->readyToPublishIs(true);
+  const std::string machine = "PublishRegistryEntrySm::";
+  const std::string path = kPath;
+  EXPECT_THAT(
+      traced(8),
+      ElementsAre(
+          machine + "handleReadyToPublish " + path, machine + "handleSwitchConnection " + path,
+          machine + "handleSwitchConnection " + path + " " + kOne,
+          machine + "canPublishToConnection " + path,
+          "MountsRegistrySm::negotiatedServiceVersionForConnection Topology " + std::string(kOne),
+          "MountsRegistrySm::negotiatedServiceVersionForConnection negotiated "
+          "service version for " +
+              std::string(kOne) + " for service Topology = 3",
+          machine + "hasVersion", machine + "publishEntityExists " + path,
+          machine + "doConnectSwitch " + path + " " + kOne,
+          machine + "canPublishToConnection " + path,
+          "MountsRegistrySm::negotiatedServiceVersionForConnection Topology " + std::string(kOne),
+          "MountsRegistrySm::negotiatedServiceVersionForConnection negotiated "
+          "service version for " +
+              std::string(kOne) + " for service Topology = 3",
+          machine + "hasVersion", machine + "publishEntityExists " + path));
+}
+
+TEST_F(PublishRegistryEntrySmTest, MessagesOfADecision_AreInTheFastTraceToo) {
+  connect(kOne, {{kService, 0}});
+  const auto entry = entryIs("/controller/later");
+  Dualog::fastTraceIs(true);
+  entry->readyToPublishIs(true);
+  std::vector<std::string> records;
+  Zimlog::read([&](const Zimlog::Descriptor& descriptor, std::int64_t, std::string_view text) {
+    EXPECT_STREQ("Controllerdb/MountsRegistry", descriptor.source);
+    records.push_back(std::to_string(descriptor.level) + " " + std::string(text));
+  });
+  EXPECT_THAT(
+      records,
+      ElementsAre(std::string("5 ") + kCanPublish + " no version negotiated:" + kOne,
+                  std::string("5 ") + kDecided + " Cannot publish:/controller/later to:" + kOne,
+                  "1 void Controller::PublishRegistryEntrySm::handleSwitchConnection(): Entity at "
+                  "/controller/later doesn't exist."));
+  EXPECT_THAT(traces().lines(), testing::IsEmpty());  // the text trace is off
+}
+
 // ---- what is reacted to
 
 TEST_F(PublishRegistryEntrySmTest, ClearingReadyToPublish_UnpublishesFromEverySystem) {

@@ -203,6 +203,34 @@ TEST_F(ServiceConfigDirSmTest, PublishConfigurationOrStatusRemoved_DeletesTheMac
   }
 }
 
+TEST_F(ServiceConfigDirSmTest, PublishStatusBeforeItsConfiguration_CreatesNothingUntilThatIsThere) {
+  startConfig();
+  publishStatusDir()->entityIs("Topology", Orm::make<ServicePublishStatus>());
+  EXPECT_TRUE(configSm().servicePublishConfigSm().empty());
+  publishConfigDir()->entityIs("Topology", Orm::make<ServicePublishConfig>());
+  EXPECT_EQ(1U, configSm().servicePublishConfigSm().size());
+}
+
+TEST_F(ServiceConfigDirSmTest, PublishMemberOfAnotherType_CountsAsAbsent) {
+  startConfig();
+  publishStatusDir()->entityIs("Topology", Orm::make<ServicePublishStatus>());
+  publishConfigDir()->entityIs("Topology", Orm::make<ServicePublishStatus>());
+  EXPECT_TRUE(configSm().servicePublishConfigSm().empty());
+  publishConfigDir()->entityIs("Topology", Orm::make<ServicePublishConfig>());
+  EXPECT_EQ(1U, configSm().servicePublishConfigSm().size());
+  publishStatusDir()->entityIs("Topology", Orm::make<ServicePublishConfig>());
+  EXPECT_TRUE(configSm().servicePublishConfigSm().empty());
+}
+
+TEST_F(ServiceConfigDirSmTest, PublishConfigurationReplaced_KeepsTheMachineOfTheOldOne) {
+  startConfig();
+  publishConfigDir()->entityIs("Topology", Orm::make<ServicePublishConfig>());
+  publishStatusDir()->entityIs("Topology", Orm::make<ServicePublishStatus>());
+  const auto* const made = configSm().servicePublishConfigSm().find("Topology");
+  publishConfigDir()->entityIs("Topology", Orm::make<ServicePublishConfig>());
+  EXPECT_EQ(made, configSm().servicePublishConfigSm().find("Topology"));
+}
+
 TEST_F(ServiceConfigDirSmTest, PublicationsPresentAtStart_GetMachines) {
   publishConfigDir()->entityIs("Topology", Orm::make<ServicePublishConfig>());
   publishStatusDir()->entityIs("Topology", Orm::make<ServicePublishStatus>());

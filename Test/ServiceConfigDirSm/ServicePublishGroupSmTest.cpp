@@ -211,6 +211,35 @@ TEST_F(ServicePublishGroupSmTest, TheFirstOfTwoServicesThatLeaves_IsNotFollowedB
   EXPECT_EQ(entry()->serviceName(), "Routing");
 }
 
+TEST_F(ServicePublishGroupSmTest, TheFilterOfAGroupThatWasIgnored_ReachesTheEntryAllTheSame) {
+  group_.publishConfigIs(kPath, "remote/config", "Topology::Config");
+  auto& second = publisher("Routing").group("default");
+  second.publishConfigIs(kPath, "remote/other", "Other");
+  const auto systems = systemFilter({kOne});
+  const auto versions = versionFilter({3});
+  second.systemFilterIs(systems);
+  second.versionFilterIs(versions);
+  EXPECT_EQ(entry()->serviceName(), kService);
+  EXPECT_EQ(entry()->systemFilter(), systems);
+  EXPECT_EQ(entry()->versionFilter(), versions);
+}
+
+TEST_F(ServicePublishGroupSmTest, MessagesOfEntries_AreInTheFastTraceToo) {
+  Dualog::fastTraceIs(true);
+  group_.publishConfigIs(kPath, "remote/config", "Topology::Config");
+  group_.publishConfigDel(kPath);
+  std::vector<std::string> records;
+  Zimlog::read([&](const Zimlog::Descriptor& descriptor, std::int64_t, std::string_view text) {
+    EXPECT_STREQ("Controllerdb/ServiceConfigDirSm", descriptor.source);
+    EXPECT_EQ(5, descriptor.level);
+    records.emplace_back(text);
+  });
+  EXPECT_THAT(records, ElementsAre(std::string(kAdding) + " adding: service:Topology cpath:" +
+                                       kPath + " rpath:remote/config type:Topology::Config",
+                                   std::string(kRemoving) + " removing cpath:" + kPath));
+  EXPECT_THAT(traces().lines(), IsEmpty());  // the text trace is off
+}
+
 // ---- the generation gate
 
 TEST_F(ServicePublishGroupSmTest, AGateThatOpens_AddsPathsThenDirectoriesThenFilters) {

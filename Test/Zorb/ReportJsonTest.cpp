@@ -19,7 +19,7 @@ nlohmann::json jsonOf(const Report& report) {
 TEST(ReportJsonTest, EmptyReport) {
   EXPECT_EQ(jsonOf({}), nlohmann::json::parse(R"({
     "document": "", "time": 0, "switches": {"known": 0, "connected": 0, "inactive": 0},
-    "groups": [], "expectations": {"checked": 0, "failed": 0, "notReached": 0}})"));
+    "groups": [], "publishGroups": [], "expectations": {"checked": 0, "failed": 0, "notReached": 0}})"));
 }
 
 TEST(ReportJsonTest, WholeReport) {
@@ -34,14 +34,27 @@ TEST(ReportJsonTest, WholeReport) {
   failed.cause = Report::Cause::failed;
   failed.switches = {0};
   failed.paths = {"p", "q"};
-  failed.askedFirst = 1;
-  failed.askedLast = 2.5;
+  failed.timeFirst = 1;
+  failed.timeLast = 2.5;
   Report::Missing refused;
   refused.admission = Controller::Admission::notConnected;
   refused.switches = {1};
   refused.paths = {"p"};
   report.groups = {{"A", "g", true, 2, "", {1, 2, 3, 4, 5}, {failed, refused}},
                    {"B", "g", false, 1, "no leader is known", {}, {}}};
+  Report::Missing absent;
+  absent.admission = Controller::Admission::entityMissing;
+  absent.switches = {0};
+  absent.paths = {"/c/a", "/c/b"};
+  absent.timeFirst = 13;
+  absent.timeLast = 13.5;
+  Report::Missing held;
+  held.cause = Report::Cause::publishedByOther;
+  held.holder = "B";
+  held.paths = {"/c/a"};
+  using Readiness = Report::Readiness;
+  report.publishGroups = {{"A", "g", 2, Readiness::heldBack, "", {1, 2, 3, 4}, {absent, held}},
+                          {"B", "g", 1, Readiness::notReady, "no leader is known", {}, {}}};
   report.log = {{300.5, &kHandle, "text"}};
   report.expectations = {{1, {7, 3}, {}}, {2, {9, 5}, {{"a.b", "1", "2"}}}};
   report.expectationsNotReached = 4;
@@ -58,6 +71,15 @@ TEST(ReportJsonTest, WholeReport) {
           "switches": ["id1"]},
          {"reason": "not connected", "paths": ["p"], "switches": ["id2"]}]},
       {"service": "B", "group": "g", "proxy": false, "paths": 1,
+       "notInForce": "no leader is known"}],
+    "publishGroups": [
+      {"service": "A", "group": "g", "readiness": "held back", "paths": 2,
+       "switches": {"published": 1, "waiting": 2, "notAdmitted": 3, "notConnected": 4},
+       "notPublished": [
+         {"reason": "local entity missing", "nextLookFirst": 13, "nextLookLast": 13.5,
+          "paths": ["/c/a", "/c/b"], "switches": ["id1"]},
+         {"reason": "path already of service B", "paths": ["/c/a"], "switches": []}]},
+      {"service": "B", "group": "g", "readiness": "not ready", "paths": 1,
        "notInForce": "no leader is known"}],
     "log": [{"time": 300.5, "id": "ID", "severity": 3, "text": "text"}],
     "expectations": {"checked": 2, "failed": 1, "notReached": 4, "failures": [

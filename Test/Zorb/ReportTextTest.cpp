@@ -32,6 +32,17 @@ class ReportTextTest : public testing::Test {
     report_.groups.push_back({service, "default", false, paths, "", {}, {}});
     return report_.groups.back();
   }
+  Report::PublishGroup& publishGroup(const std::string& service, std::size_t paths) {
+    report_.publishGroups.push_back(
+        {service, "default", paths, Report::Readiness::ready, "", {}, {}});
+    return report_.publishGroups.back();
+  }
+  static Report::Missing refused(Admission admission, Report::SwitchIndices switches,
+                                 std::vector<std::string> paths) {
+    Report::Missing line = missing(Cause::refused, std::move(switches), std::move(paths));
+    line.admission = admission;
+    return line;
+  }
   static Report::Missing missing(Cause cause, Report::SwitchIndices switches,
                                  std::vector<std::string> paths) {
     Report::Missing missing;
@@ -43,9 +54,7 @@ class ReportTextTest : public testing::Test {
   }
   static Report::Missing notConnected(Report::SwitchIndices switches,
                                       std::vector<std::string> paths) {
-    Report::Missing line = missing(Cause::refused, std::move(switches), std::move(paths));
-    line.admission = Admission::notConnected;
-    return line;
+    return refused(Admission::notConnected, std::move(switches), std::move(paths));
   }
 
   std::string text(bool colours = false) const {
@@ -60,7 +69,7 @@ class ReportTextTest : public testing::Test {
 TEST_F(ReportTextTest, NoService) {
   EXPECT_EQ(text(),
             "fabric.yaml at 900 s: leader gen-1, 0 of 0 switches connected\n"
-            "No service asks for mounts.\n");
+            "No service asks for mounts or publications.\n");
 }
 
 TEST_F(ReportTextTest, NoLeader_AndInterrupted) {
@@ -94,10 +103,10 @@ TEST_F(ReportTextTest, LongListsAreCut_ShortOnesAreNot) {
 TEST_F(ReportTextTest, TimesOfMountsThatAreNotThere) {
   switches(2);
   auto failed = missing(Cause::failed, {0}, {"p"});
-  failed.askedFirst = failed.askedLast = 8;
+  failed.timeFirst = failed.timeLast = 8;
   auto slow = missing(Cause::inProgress, {0, 1}, {"p"});
-  slow.askedFirst = 8;
-  slow.askedLast = 12.5;
+  slow.timeFirst = 8;
+  slow.timeLast = 12.5;
   group("A", 1).missing = {failed, slow};
   EXPECT_THAT(text(), HasSubstr("failed, asked for at 8 s"));
   EXPECT_THAT(text(), HasSubstr("still in progress since 8 to 12.5 s"));
@@ -134,6 +143,107 @@ TEST_F(ReportTextTest, SwitchesThatAreNotConnected_ByGroupWhenTheyDiffer) {
   EXPECT_THAT(text(), HasSubstr("  A / default\n    not connected  1 switch    leaf2         p\n"
                                 "  B / default\n    not connected  2 switches  leaf2, leaf3  q\n"));
 }
+
+// ---- publications
+
+TEST_F(ReportTextTest, AllPublished) {
+  switches(3);
+  publishGroup("Topology", 2).counts.published = 3;
+  EXPECT_EQ(text(),
+            "fabric.yaml at 900 s: leader gen-1, 3 of 3 switches connected\n"
+            "Everything that is admitted is published.\n"
+            "\nPublish groups, by switches\n"
+            "  service   group    readiness  paths  published  waiting  not admitted\n"
+            "  Topology  default  ready          2          3        -             -\n");
+}
+
+TEST_F(ReportTextTest, AllMountedAndPublished) {
+  group("A", 1);
+  publishGroup("A", 1);
+  EXPECT_THAT(text(), HasSubstr("\nEverything that is admitted is mounted and published.\n"));
+}
+
+TEST_F(ReportTextTest, MountedButNotPublished_AndTheOtherWayRound) {
+  switches(1);
+  group("A", 1);
+  publishGroup("A", 1).missing = {refused(Admission::entityMissing, {0}, {"/c/a"})};
+  EXPECT_THAT(text(), HasSubstr("\nEverything that is admitted is mounted.\n"
+                                "The publication of 1 path waits for its local entity.\n"));
+  report_.publishGroups.clear();
+  publishGroup("A", 1);
+  report_.groups[0].missing = {missing(Cause::failed, {0}, {"p"})};
+  EXPECT_THAT(text(), HasSubstr("\nEverything that is admitted is published.\n"
+                                "Mounts from 1 switch have failed.\n"));
+}
+
+TEST_F(ReportTextTest, WhatPublicationsWaitFor) {
+  switches(3);
+  auto absent = refused(Admission::entityMissing, {0, 1}, {"/c/a", "/c/b"});
+  absent.timeFirst = absent.timeLast = 901;
+  auto apart = refused(Admission::entityMissing, {}, {"/c/b", "/c/d"});
+  apart.timeFirst = 900.5;
+  apart.timeLast = 901;
+  Report::PublishGroup& first = publishGroup("A", 3);
+  first.readiness = Report::Readiness::heldBack;
+  first.counts = {0, 2, 1, 0};
+  first.missing = {absent, refused(Admission::notReady, {2}, {"/c/mine"})};
+  publishGroup("B", 2).missing = {apart};
+  report_.publishGroups[1].readiness = Report::Readiness::notReady;
+  EXPECT_EQ(text(),
+            "fabric.yaml at 900 s: leader gen-1, 3 of 3 switches connected\n"
+            "Publications of 3 paths wait for their local entities.\n"
+            "The publication of 1 path is not ready.\n"
+            "\nPublish groups, by switches\n"
+            "  service  group    readiness  paths  published  waiting  not admitted\n"
+            "  A        default  held back      3          -        2             1\n"
+            "  B        default  not ready      2          -        -             -\n"
+            "\nNot published, and why\n"
+            "  A / default\n"
+            "    local entity missing, looked for again at 901 s           "
+            "2 switches  leaf1, leaf2  /c/a, /c/b\n"
+            "    not ready to publish                                      "
+            "1 switch    leaf3         /c/mine\n"
+            "  B / default\n"
+            "    local entity missing, looked for again at 900.5 to 901 s  "
+            "                          /c/b, /c/d\n");
+}
+
+TEST_F(ReportTextTest, PublicationsOfSwitchesThatAreNotConnected_AreApartFromMounts) {
+  switches(2);
+  report_.switches[1].connected = false;
+  group("A", 1).missing = {notConnected({1}, {"p"})};
+  publishGroup("A", 1).missing = {notConnected({1}, {"/c/a"})};
+  publishGroup("B", 1).missing = {notConnected({1}, {"/c/b"})};
+  report_.publishGroups[0].counts.notConnected = 1;
+  EXPECT_THAT(text(), HasSubstr("  A        default  ready          1          -        -"
+                                "             -              1\n"));
+  EXPECT_THAT(text(), HasSubstr("\nNot mounted, and why\n  A / default\n"
+                                "    not connected  1 switch  leaf2  p\n"));
+  EXPECT_THAT(text(), HasSubstr("\nNot published, and why\n  Every group\n"
+                                "    not connected  1 switch  leaf2\n"));
+}
+
+TEST_F(ReportTextTest, PublishGroupThatIsNotInForce_CountsWithTheMountGroups) {
+  group("A", 1).notInForce = "no leader is known";
+  publishGroup("B", 2).notInForce = "the group has no paths";
+  report_.publishGroups[0].readiness = Report::Readiness::notReady;
+  EXPECT_THAT(text(), HasSubstr("\n2 groups are not in force.\n"));
+  EXPECT_THAT(text(), HasSubstr("  B        default  not ready      2          -        -"
+                                "             -\n"));
+  EXPECT_THAT(text(), HasSubstr("\nNot published, and why\n  B / default\n"
+                                "    the group has no paths\n"));
+  EXPECT_THAT(text(), Not(HasSubstr("Everything")));
+}
+
+TEST_F(ReportTextTest, PathOfAnotherService) {
+  switches(1);
+  auto held = missing(Cause::publishedByOther, {0}, {"/c/shared"});
+  held.holder = "B";
+  publishGroup("A", 1).missing = {held};
+  EXPECT_THAT(text(), HasSubstr("    path already of service B  1 switch  leaf1  /c/shared\n"));
+}
+
+// ---- the rest
 
 TEST_F(ReportTextTest, Log_LongOneIsCut) {
   static const StructuredLog::LogHandle kHandle("ID", 3, "%s", "", "");
