@@ -3,7 +3,7 @@
 option(ZORB_HOST "Build the fabric document and the command `zorb`" ${PROJECT_IS_TOP_LEVEL})
 option(ZORB_TESTS "Register the tests with CTest" ${PROJECT_IS_TOP_LEVEL})
 option(ZORB_UNIT_TESTS "Build the unit tests; OFF: only what runs the command, and the checks" ON)
-option(ZORB_BENCH "Build the benchmarks" OFF)
+option(ZORB_BENCH "Build the benchmarks of single parts beside their peers" OFF)
 option(ZORB_WERROR "Warnings are errors" ${PROJECT_IS_TOP_LEVEL})
 option(ZORB_SLABS "Entities and machines come from slabs; OFF: each from operator new" ON)
 option(ZORB_CHECK_HEADERS "Compile every header alone" OFF)
