@@ -129,6 +129,8 @@ Run runAll(const Bench::Scenario& scenario) {
     events(world, options, run);
     run.edited = world.outcome();
   }
+  run.warmed = run.done;
+  if (!options.warm) return run;
   run.unmount = timed([&] { disconnectAll(world, options); });
   run.empty = world.outcome();
   run.warm = timed([&] {

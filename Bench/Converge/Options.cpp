@@ -47,6 +47,8 @@ void set(Options& options, std::string_view option, std::string_view value) {
     options.traces = traces(value);
   } else if (option == "--events") {
     options.events = onOrOff(option, value);
+  } else if (option == "--warm") {
+    options.warm = onOrOff(option, value);
   } else if (option == "--objects") {
     options.objects = onOrOff(option, value);
   } else if (option == "--aggregate") {
@@ -72,7 +74,8 @@ Options parseOptions(std::span<char*> arguments) {
 const char* usage() {
   return "usage: converge [--switches S] [--entries E] [--services N] [--groups G]\n"
          "                [--reconnects R] [--initial on|off] [--traces off|fast|text]\n"
-         "                [--events on|off] [--objects on|off] [--impl NAME] [--aggregate count]\n";
+         "                [--events on|off] [--warm on|off] [--objects on|off]\n"
+         "                [--impl NAME] [--aggregate count]\n";
 }
 
 }  // namespace Bench

@@ -21,6 +21,8 @@ struct Options {
   Traces traces = Traces::off;
   /// A filter is edited and the leadership changes after convergence; both are timed.
   bool events = false;
+  /// After all that every switch leaves, and all of them come back; off: the run ends before.
+  bool warm = true;
   /// The bytes of a converged mount by type of object go to standard error.
   bool objects = false;
 };
