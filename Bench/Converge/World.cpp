@@ -9,7 +9,6 @@ namespace Bench {
 
 using namespace Controller;
 using Orm::make;
-using Orm::Ptr;
 using Orm::String;
 
 namespace {
@@ -191,12 +190,11 @@ void World::disconnect(std::uint32_t sw) {
 
 void World::filterEdit(bool included) {
   if (!lastFilter_) return;
-  for (const Switch& it : switches_) {
-    // Without a filter's last member everyone would be let in: one stays.
-    if (&it == &switches_.front() || lastFilter_->includes(it.name) == included) continue;
-    if (!lastFilter_->includedSystem().has(it.name)) continue;
-    lastFilter_->includedSystemIs(it.name, included);
-  }
+  bool isFirst = true;  // it stays: a union without a member would let everyone in
+  lastFilter_->includedSystem().walk([&](const String& system, bool) {
+    if (!isFirst) lastFilter_->includedSystemIs(system, included);
+    isFirst = false;
+  });
   mounts_.settle();
 }
 

@@ -38,8 +38,8 @@ class World {
   void converged();                   // the initial-mount tracking comes to its end
   void disconnect(std::uint32_t sw);  // mounts and status go away
 
-  /// The first filter class is taken out of the filters of the last filtered group, switch by
-  /// switch, or put back in.
+  /// The systems of one group's filter leave it one after the other, all but the first, or come
+  /// back.
   void filterEdit(bool included);
   /// A leader of another generation than the services' configuration, or again the one of theirs.
   void leaderIs(bool ours);
@@ -67,7 +67,7 @@ class World {
   void tracesAre(Options::Traces traces);
   void addEntry(std::uint32_t entry);
   void setFilters(Controller::ServiceMountGroupConfig& group, std::uint32_t filterClass);
-  void groupOutcome(const Service& service, const Controller::SystemStatus& status,
+  void groupOutcome(const Service& service, const Controller::SystemStatus& system,
                     Outcome& outcome) const;
 
   const Scenario scenario_;

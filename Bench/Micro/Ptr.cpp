@@ -62,7 +62,7 @@ class ThreadSafe {
 template <class Handle, bool threadSafe = false>
 void copyHot(benchmark::State& state) {
   const ThreadSafe setting(threadSafe);
-  Handle handle = make<Handle>();
+  auto handle = make<Handle>();
   for (auto _ : state) {
     benchmark::DoNotOptimize(handle);
     Handle copy(handle);
@@ -92,7 +92,7 @@ template <class Handle, bool threadSafe = false>
 void create(benchmark::State& state) {
   const ThreadSafe setting(threadSafe);
   for (auto _ : state) {
-    Handle handle = make<Handle>();
+    auto handle = make<Handle>();
     benchmark::DoNotOptimize(handle);
   }
   perItem(state, 1);

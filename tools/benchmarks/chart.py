@@ -56,18 +56,17 @@ def _panel(panel, x, y):
     for size in sizes:
         out.append(_text(across(size), low + 14, f"{size:,}", 9))
     out.append(_text((left + right) / 2, low + 30, panel["across"], 10))
-    for (name, points), colour in zip(panel["series"].items(), COLOURS):
+    for number, ((name, points), colour) in enumerate(zip(panel["series"].items(), COLOURS)):
         line = " ".join(f"{across(size):.1f},{up(value):.1f}" for size, value in points)
         out.append(f'<polyline points="{line}" fill="none" stroke="{colour}" stroke-width="2"/>')
         for size, value in points:
             out.append(
                 f'<circle cx="{across(size):.1f}" cy="{up(value):.1f}" r="3" fill="{colour}"/>'
             )
-        size, value = points[-1]
-        out.append(
-            f'<g fill="{colour}">{_text(right, up(value) - 7, name, 10, "end")}</g>' if name else ""
-        )
-    return [line for line in out if line]
+        if name:
+            label = _text(right, low - 8 - 13 * number, name, 10, "end")
+            out.append(f'<g fill="{colour}">{label}</g>')
+    return out
 
 
 def draw(source, target):

@@ -101,7 +101,7 @@ def measure(program, file, quick, note):
         }),
         _panel("The whole fleet goes and comes back", "switches", "ns a mount", {"": whole_fleet}),
         _panel("One switch goes and comes back", "switches", "us", {
-            "median": _series(by_switches, "reconnect_us_median"),
+            "": _series(by_switches, "reconnect_us_median"),
         }),
         _panel("Groups", "paths a group", "instructions a mount", {"": instructions("paths")}),
         _panel("Groups", "paths a group", "ns a mount", {"": _series(by_paths, "ns_per_mount")}),
@@ -109,7 +109,7 @@ def measure(program, file, quick, note):
         _panel("Services", "services", "ns a mount", {
             "": _series(by_services, "ns_per_mount"),
         }),
-        _panel("A filter loses all its switches and gets them back", "switches", "us a switch", {
+        _panel("A filter is emptied and filled again", "switches", "us a switch", {
             "": per_switch,
         }),
         _panel("The leader changes, and back", "switches", "ns a mount", {"": per_mount}),
