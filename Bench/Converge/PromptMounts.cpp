@@ -58,7 +58,7 @@ Ptr<Controller::MountSm> PromptMounts::mountSm(const MountRequest& request) {
   }
   List& list = lists_[lastNumber_];
   Ptr<PromptMountSm> made = Orm::make<PromptMountSm>(request);
-  (list.last ? list.last->next_ : list.first) = made;
+  Ptr<PromptMountSm>(made).swap(list.last ? list.last->next_ : list.first);
   list.last = made.get();
   return made;
 }

@@ -143,7 +143,7 @@ void World::setFilters(ServiceMountGroupConfig& group, std::uint32_t filterClass
   }
   group.systemFilterIs(systems);
   group.versionFilterIs(versions);
-  lastFilter_ = systems;
+  lastFilter_ = Filter(systems);
 }
 
 // ---- the switches
