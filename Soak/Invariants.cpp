@@ -80,7 +80,7 @@ void Invariants::check() {
 }
 
 void Invariants::readinessCame(std::string_view service, bool ready) {
-  if (ready && hasWaitingEntry(String(service))) seen_ = service;
+  if (ready && simulation_.machines() && hasWaitingEntry(String(service))) seen_ = service;
 }
 
 bool Invariants::hasWaitingEntry(const String& service) const {

@@ -3,8 +3,10 @@
 option(ZORB_HOST "Build the fabric document and the command `zorb`" ${PROJECT_IS_TOP_LEVEL})
 option(ZORB_TESTS "Register the tests with CTest" ${PROJECT_IS_TOP_LEVEL})
 option(ZORB_UNIT_TESTS "Build the unit tests; OFF: only what runs the command, and the checks" ON)
+option(ZORB_BENCH "Build the benchmarks of single parts beside their peers" OFF)
 option(ZORB_WERROR "Warnings are errors" ${PROJECT_IS_TOP_LEVEL})
 option(ZORB_SLABS "Entities and machines come from slabs; OFF: each from operator new" ON)
+option(ZORB_TRACES "Trace statements are there; OFF: to measure what they cost while they are off" ON)
 option(ZORB_CHECK_HEADERS "Compile every header alone" OFF)
 option(ZORB_CHECKS "Tests of the sources: formatting, includes, clang-tidy, the installed library" OFF)
 option(ZORB_IPO "Optimise across translation units" OFF)
@@ -52,6 +54,12 @@ endif()
 
 # Source places in messages are relative to the repository, whoever built it and wherever.
 add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+
+if(NOT ZORB_TRACES)
+  include_directories(${PROJECT_SOURCE_DIR})
+  add_compile_definitions(ZORB_SLABS=$<BOOL:${ZORB_SLABS}>)
+  add_compile_options(-include ${PROJECT_SOURCE_DIR}/Bench/Converge/Untraced.h)
+endif()
 
 if(ZORB_SANITIZE)
   list(JOIN ZORB_SANITIZE "," ZORB_SANITIZE_FLAGS)

@@ -14,10 +14,10 @@ import sys
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-TOP_FOLDERS = ("Platform", "Controllerdb", "Fabric", "Zorb")
+TOP_FOLDERS = ("Platform", "Controllerdb", "Fabric", "Zorb", "Bench")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 # Headers with a folder that come with the compiler. The library uses nothing else.
-COMPILER_HEADERS = ("sanitizer/", "sys/", "cxxabi.h", "unistd.h")
+COMPILER_HEADERS = ("sanitizer/", "sys/", "cxxabi.h", "unistd.h", "x86intrin.h")
 
 
 class Floor:
