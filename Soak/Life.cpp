@@ -11,6 +11,7 @@
 #include "Fabric/SimulationRun.h"
 #include "Platform/Dualog/Dualog.h"
 #include "Platform/Kobble/Kobble.h"
+#include "Platform/Orm/Audit.h"
 #include "Soak/Broken.h"
 #include "Soak/Excuses.h"
 #include "Soak/Invariants.h"
@@ -25,6 +26,8 @@ namespace {
 constexpr double kSettled = 600;
 /// Mount entries times switches that are scanned after each piece of work; of more, fewer scans.
 constexpr std::size_t kScanned = 256;
+/// Of how many checks one looks at all handles and reactors too.
+constexpr std::size_t kAuditedEvery = 64;
 
 /// A stream that keeps nothing but a digest (FNV-1a) of what goes through it.
 class Digest final : public std::streambuf {
@@ -118,6 +121,7 @@ class Run {
                   .onStep = [this] { step(); }});
     run_.run();
     invariants_.check();
+    audit();
   }
 
   /// The state document, which goes into the digest as well.
@@ -147,6 +151,13 @@ class Run {
     due_ =
         world.mountsRegistry()->mountEntry().size() * world.peerTable()->peer().size() / kScanned;
     invariants_.check();
+    if (++checks_ % kAuditedEvery == 0) audit();
+  }
+
+  /// What the objects and handles say of each other, where the build keeps books.
+  static void audit() {
+    const std::string found = Orm::Audit::findings();
+    if (!found.empty()) throw Broken("handles and reactors agree", ": " + found);
   }
 
   Note& note_;
@@ -158,6 +169,7 @@ class Run {
   Fabric::SimulationRun run_;
   Meddler meddler_;
   Invariants invariants_;
+  std::size_t checks_ = 0;
   std::size_t due_ = 0;  // pieces of work until the next check
 };
 

@@ -159,8 +159,8 @@ class Comparison {
                       if (systemFilters(path) > 1) return;
                       if (isUnderWay(lived_, system, path) || isUnderWay(rebuilt_, system, path))
                         return;
-                      const bool outcomes = excuses_.hasOtherOutcomes(SystemId::ofName(system));
-                      if (!outcomes || !one || !other) same(path, one, other);
+                      if (excuses_.hasOtherOutcomes(SystemId::ofName(system))) return;
+                      same(path, one, other);
                     });
               });
             });

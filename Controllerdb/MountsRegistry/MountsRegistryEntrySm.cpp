@@ -374,7 +374,7 @@ void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection) {
   if (!initialized_) return;
   const Ptr<Peer const> connected(peer(connection.systemId));
   if (!connected) return;
-  const OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId);
+  OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId);
   if (!mount || !mount->mountSm()) {
     REGISTRY_MESSAGE(5, kSignature, " mounting:%s from:%s", entryName(), connection.name);
     startMount(connection, *connected);
@@ -387,6 +387,7 @@ void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection) {
     return;
   }
   REGISTRY_MESSAGE(5, kSignature, " remounting:%s from:%s", entryName(), connection.name);
+  mount->askedAgain_ = true;
   mountSm->doRemount();
 }
 
@@ -420,13 +421,15 @@ void MountsRegistryEntrySm::doDisconnectSwitch(const Connection& connection) {
   REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "doDisconnectSwitch", " ", entryName(), " ",
                  connection.name);
   if (!initialized_) return;
-  const Ptr<MountSm> mountSm(this->mountSm(connection.systemId));
+  OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId);
+  const Ptr<MountSm> mountSm(mount ? mount->mountSm() : nullptr);
   if (!mountSm) {
     REGISTRY_MESSAGE(5, kSignature, " already unmounted:%s from:%s", entryName(), connection.name);
     updateMountersStatus(connection, MountState::unmounted);
     return;
   }
   REGISTRY_MESSAGE(5, kSignature, " unmounting:%s from:%s", entryName(), connection.name);
+  mount->askedAgain_ = false;
   if (preserveMountsOnDisconnect(connection)) {
     REGISTRY_TRACE(8, "doDisconnectSwitch", ": unmount is state-preserving");
     mountSm->doStatePreservingUnmount();

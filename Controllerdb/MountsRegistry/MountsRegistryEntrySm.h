@@ -75,6 +75,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
 
     Orm::Ptr<MountSm> mountSm_;
     MountState lastMountState_ = MountState::unmounted;
+    bool askedAgain_ = false;  // since the mounters were told of the last state
   };
 
   /// Seconds until a slow or failed mount is reported.

@@ -40,10 +40,10 @@ void MountsRegistryEntrySm::OrmMountSmDataSm::handleMountState() {
                    "%s connection:%s oldMountState:%s newMountState:%s", owner()->entryName(),
                    systemId(), lastMountState_, state);
   const Connection connection = owner()->connectionOf(systemId());
-  const bool underWay = mountSm_ && mountSm_->pendingRequest();
+  askedAgain_ = false;
   owner()->updateMountersStatus(connection, state);
   if (isDeleted()) return;  // who was told of the status has taken the mount away
-  if (!underWay && mountSm_ && mountSm_->pendingRequest()) {
+  if (askedAgain_) {
     lastMountState_ = state;  // or has had it asked for again, so that it stays
     return;
   }

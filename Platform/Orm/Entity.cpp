@@ -52,6 +52,36 @@ std::uint32_t Entity::notifieeCount() const {
   return many ? many->size - many->dead : 1;
 }
 
+const char* Entity::notifieesFault(const std::function<bool(const Reactor*)>& isThere) const {
+  if (notifiees_ == 0) return nullptr;
+  NotifieeList* const many = list();
+  if (!many) {
+    const auto* const one = reinterpret_cast<const Reactor*>(notifiees_);
+    if (!isThere(one)) return "a notifiee is gone";
+    return one->notifier_.get() == this ? nullptr : "a notifiee watches something else";
+  }
+  std::uint32_t dead = 0;
+  for (std::uint32_t at = 0; at != many->size; ++at) {
+    const Reactor* const reactor = many->reactors()[at];
+    if (!reactor) {
+      ++dead;
+    } else if (!isThere(reactor)) {
+      return "a notifiee is gone";
+    } else if (reactor->notifier_.get() != this) {
+      return "a notifiee watches something else";
+    } else if (reactor->place_ != at) {
+      return "a notifiee is there twice or does not know its place";
+    }
+  }
+  return dead == many->dead ? nullptr : "notifiees that have gone are not counted";
+}
+
+bool Entity::isNotifiee(const Reactor& reactor) const {
+  NotifieeList* const many = list();
+  if (!many) return notifiees_ == reinterpret_cast<std::uintptr_t>(&reactor);
+  return reactor.place_ < many->size && many->reactors()[reactor.place_] == &reactor;
+}
+
 void Entity::tell(AttributeId attribute, const Key& key) const {
   if (!notificationActive_) return;
   const ActivityScope scope;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -29,6 +30,9 @@ class Entity : public PtrInterface {
 
   /// Registered reactors. O(number of registrations); for tests.
   std::uint32_t notifieeCount() const;
+  /// What is wrong with the notifiees, null when nothing is: one that is gone (`isThere` says),
+  /// null, there twice, or that watches something else. O(number of registrations); for checks.
+  const char* notifieesFault(const std::function<bool(const Reactor*)>& isThere) const;
 
  protected:
   Entity() = default;
@@ -81,6 +85,7 @@ class Entity : public PtrInterface {
   void notifieeIs(Reactor& reactor) const;
   void notifieeDel(Reactor& reactor) const;
   void sweep() const;
+  bool isNotifiee(const Reactor& reactor) const;
 
   bool notificationActive_ = false;
   mutable std::uintptr_t notifiees_ = 0;

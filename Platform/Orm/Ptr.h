@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "Platform/Kobble/Kobble.h"
+#include "Platform/Orm/Audit.h"
 
 namespace Orm {
 
@@ -51,8 +52,8 @@ class PtrInterface {
   std::uint32_t refCount() const { return refCount_; }
 
  protected:
-  PtrInterface() = default;
-  virtual ~PtrInterface() = default;
+  PtrInterface() { Audit::objectCame(this); }
+  virtual ~PtrInterface() { Audit::objectGoes(this); }
 
   virtual void onLastRef() const { delete this; }
 
@@ -76,15 +77,17 @@ class Ptr {
   constexpr Ptr(std::nullptr_t) noexcept {}
   Ptr(T* object) : object_(object) {
     if (object_) counted(object_)->ref();
+    Audit::handleIs(this, object_);
   }
   Ptr(const Ptr& other) : Ptr(other.object_) {}
-  Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
+  Ptr(Ptr&& other) noexcept : object_(other.release()) { Audit::handleIs(this, object_); }
   template <class U>
   requires std::is_convertible_v<U*, T*> Ptr(const Ptr<U>& other) : Ptr(other.get()) {}
   template <class U>
   requires std::is_convertible_v<U*, T*> Ptr(Ptr<U>&& other)
-  noexcept : object_(other.release()) {}
+  noexcept : object_(other.release()) { Audit::handleIs(this, object_); }
   ~Ptr() {
+    Audit::handleIs(this, nullptr);
     if (object_) counted(object_)->unref();
   }
 
@@ -98,7 +101,11 @@ class Ptr {
     return *this;
   }
 
-  void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
+  void swap(Ptr& other) noexcept {
+    std::swap(object_, other.object_);
+    Audit::handleIs(this, object_);
+    Audit::handleIs(&other, other.object_);
+  }
 
   T* get() const noexcept { return object_; }
   T* operator->() const noexcept { return object_; }
@@ -113,7 +120,10 @@ class Ptr {
   friend class Ptr;
 
   static const PtrInterface* counted(const PtrInterface* object) { return object; }
-  T* release() noexcept { return std::exchange(object_, nullptr); }
+  T* release() noexcept {
+    Audit::handleIs(this, nullptr);
+    return std::exchange(object_, nullptr);
+  }
 
   T* object_ = nullptr;
 };

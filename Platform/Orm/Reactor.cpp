@@ -4,7 +4,10 @@
 
 namespace Orm {
 
-Reactor::~Reactor() { watchedIs(nullptr); }
+Reactor::~Reactor() {
+  watchedIs(nullptr);
+  Audit::reactorGoes(this);
+}
 
 void Reactor::hasNotificationActiveIs(bool active) {
   flags_ = static_cast<std::uint8_t>(active ? flags_ & ~kMuted : flags_ | kMuted);

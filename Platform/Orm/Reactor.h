@@ -28,6 +28,9 @@ class Reactor {
   /// True once the reactor was let go while handlers were on the stack.
   bool isDeleted() const { return (flags_ & kDeleted) != 0; }
 
+  /// Whether what it watches knows of it; for checks.
+  bool isRegistered() const { return !notifier_ || notifier_->isNotifiee(*this); }
+
   /// Whether changes are dispatched; on from construction.
   bool hasNotificationActive() const { return (flags_ & kMuted) == 0; }
   void hasNotificationActiveIs(bool active);
@@ -37,7 +40,7 @@ class Reactor {
   static void retire(Reactor* reactor);
 
  protected:
-  Reactor() = default;
+  Reactor() { Audit::reactorCame(this); }
 
   const Entity* watched() const { return notifier_.get(); }
   /// Registers on `entity` (null: on nothing). False when it is the one already watched.

@@ -1,0 +1,73 @@
+#include "Platform/Orm/Audit.h"
+
+#include <typeinfo>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "Platform/Orm/Entity.h"
+#include "Platform/Orm/Reactor.h"
+
+namespace Orm::Audit {
+
+namespace {
+
+struct Books {
+  std::unordered_set<const PtrInterface*> objects;
+  std::unordered_map<const void*, const void*> handles;
+  std::unordered_set<const Reactor*> reactors;
+};
+
+/// Kept for the life of the process, as handles may be.
+Books& books() {
+  static Books& books = *new Books;
+  return books;
+}
+
+}  // namespace
+
+void noteObject(const PtrInterface* object) { books().objects.insert(object); }
+
+void noteObjectGone(const PtrInterface* object) { books().objects.erase(object); }
+
+void noteHandle(const void* handle, const void* object) {
+  if (object) {
+    books().handles[handle] = object;
+  } else {
+    books().handles.erase(handle);
+  }
+}
+
+void noteReactor(const Reactor* reactor) { books().reactors.insert(reactor); }
+
+void noteReactorGone(const Reactor* reactor) { books().reactors.erase(reactor); }
+
+std::string findings() {
+  const Books& all = books();
+  std::unordered_map<const void*, std::uint32_t> counts;
+  for (const auto& [handle, object] : all.handles) ++counts[object];
+  std::size_t found = 0;
+  for (const PtrInterface* object : all.objects) {
+    const auto count = counts.find(object);
+    const std::uint32_t handles = count == counts.end() ? 0 : count->second;
+    if (handles != object->refCount()) {
+      return std::string("an object counts ") + std::to_string(object->refCount()) + " handles, " +
+             std::to_string(handles) + " there are: " + typeid(*object).name();
+    }
+    if (handles != 0) ++found;
+    const auto* const entity = dynamic_cast<const Entity*>(object);
+    if (!entity) continue;
+    const char* const fault = entity->notifieesFault(
+        [&all](const Reactor* reactor) { return all.reactors.contains(reactor); });
+    if (fault) return std::string(fault) + ": " + typeid(*entity).name();
+  }
+  if (found != counts.size()) return "a handle holds what is no object";
+  for (const Reactor* reactor : all.reactors) {
+    if (!reactor->isRegistered()) {
+      return std::string("a reactor is not among the notifiees of what it watches: ") +
+             typeid(*reactor).name();
+    }
+  }
+  return {};
+}
+
+}  // namespace Orm::Audit
