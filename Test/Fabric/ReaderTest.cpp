@@ -328,6 +328,9 @@ TEST(ReaderTest, BrokenJson_IsRefusedWhereItBreaks) {
   EXPECT_EQ(found("[1.]"), "f.json:1:4: broken JSON: \"]\", expected a digit");
   EXPECT_EQ(found("[1e]"), "f.json:1:4: broken JSON: \"]\", expected a digit");
   EXPECT_EQ(found("[+1]"), "f.json:1:2: broken JSON: \"+\", expected a value");
+  EXPECT_EQ(found("[\u00e9]"), "f.json:1:2: broken JSON: \"\u00e9\", expected a value");
+  EXPECT_EQ(found("[1 \U0001f600]"),
+            "f.json:1:4: broken JSON: \"\U0001f600\", expected \",\" or \"]\"");
   EXPECT_EQ(found("[nul]"), "f.json:1:2: broken JSON: \"n\", expected a value");
   EXPECT_EQ(found("[\"a]"),
             "f.json:1:2: broken JSON: a string without an end, expected a closing quote");
