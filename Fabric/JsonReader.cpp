@@ -28,7 +28,7 @@ void JsonReader::fail(std::size_t offset, std::string_view text) {
 
 void JsonReader::failExpecting(std::string_view expected) {
   const std::string found =
-      at_ < text_.size() ? quote(text_.substr(at_, 1)) : "the end of the text";
+      at_ < text_.size() ? quoteFirst(text_.substr(at_)) : "the end of the text";
   fail(at_, "broken JSON: " + found + ", expected " + std::string(expected));
 }
 

@@ -23,6 +23,9 @@ inline constexpr std::size_t kMaxAliases = 100'000;
 /// Bytes of a name, a path, a type or any other text of the document but notes and expectations.
 inline constexpr std::size_t kMaxTextLength = 4'096;
 
+/// Bytes of a display name that is numbered for the switches of a run: each keeps its own.
+inline constexpr std::size_t kMaxNumberedNameLength = 256;
+
 /// Components of a path.
 inline constexpr std::size_t kMaxPathComponents = 64;
 

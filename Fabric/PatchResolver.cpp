@@ -208,14 +208,23 @@ void PatchResolver::addNewSwitches(std::uint64_t first, const Object::Member& wr
       continue;
     }
     Value numbered = body;
-    numbered.mutableObject().set(
-        "name", Value(std::string_view(numberedName(name->string(), at + 1)), name->mark()));
+    setNumberedName(numbered, *name, at + 1);
     addStep(Block::switches, oneKey(id), std::move(numbered), written.mark);
   }
   if (name == nullptr) {
     addStep(Block::switches, std::make_shared<const std::vector<Text>>(std::move(keys)),
             std::move(body), written.mark);
   }
+}
+
+void PatchResolver::setNumberedName(Value& body, const Value& name, std::uint64_t number) const {
+  const std::string numbered = numberedName(name.string(), number);
+  if (numbered.size() > kMaxNumberedNameLength) {
+    checker_.fail(name.mark(), quote(numbered) + " is too long for a name with " +
+                                   std::string(kNumberInRun) + ", expected at most " +
+                                   std::to_string(kMaxNumberedNameLength) + " bytes");
+  }
+  body.mutableObject().set("name", Value(std::string_view(numbered), name.mark()));
 }
 
 KeyList PatchResolver::targets(const Object::Member& written) const {

@@ -40,6 +40,7 @@ class PatchResolver {
   void addSwitches(const Value& written);
   void addSwitch(const Object::Member& written);
   void addNewSwitches(std::uint64_t first, const Object::Member& written, const Value& checked);
+  void setNumberedName(Value& body, const Value& name, std::uint64_t number) const;
   KeyList targets(const Object::Member& written) const;
   KeyList matches(const std::string& pattern) const;
   [[noreturn]] void failNoMatch(const Object::Member& written) const;

@@ -9,10 +9,12 @@ namespace {
 
 constexpr std::size_t kQuotedBytes = 80;
 
+bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xc0) == 0x80; }
+
 /// The text's first bytes, not in the middle of a character.
 std::string_view cut(std::string_view text) {
   std::size_t end = std::min(text.size(), kQuotedBytes);
-  while (end > 0 && end < text.size() && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) {
+  while (end > 0 && end < text.size() && isContinuation(text[end])) {
     --end;
   }
   return text.substr(0, end);
@@ -47,6 +49,11 @@ std::string quote(std::string_view text) {
   const std::string_view shown = cut(text);
   std::string quoted = toJson(Value(shown));
   return shown.size() < text.size() ? quoted + "..." : quoted;
+}
+
+std::string quoteFirst(std::string_view text) {
+  const auto next = std::find_if_not(text.begin() + 1, text.end(), isContinuation);
+  return quote({text.begin(), next});
 }
 
 std::string describe(const Value& value) {

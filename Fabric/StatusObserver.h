@@ -11,8 +11,8 @@ namespace Fabric {
 /// as a service on the controller would be: within the change.
 class StatusObserver {
  public:
-  virtual void groupState(std::string_view service, std::string_view group,
-                          std::string_view system, Controller::MountState state) = 0;
+  virtual void groupState(std::string_view service, std::string_view group, std::string_view system,
+                          Controller::MountState state) = 0;
   virtual void published(std::string_view system, const Controllerdb::MountDesc& mount) = 0;
   virtual void unpublished(std::string_view system, std::string_view path) = 0;
   virtual void publishReady(std::string_view service, bool ready) = 0;

@@ -31,6 +31,26 @@ class TextBuffer : public std::streambuf {
   }
 };
 
+/// The parser gives the escapes \N and \_ as one byte each, the characters' Latin-1 form, though
+/// all else is UTF-8: these bytes stand where no character can begin.
+std::string inUtf8(const std::string& scalar) {
+  std::string text;
+  text.reserve(scalar.size());
+  int continuations = 0;
+  for (const char c : scalar) {
+    const auto byte = static_cast<unsigned char>(c);
+    if ((byte & 0xc0) != 0x80) {
+      continuations = byte >= 0xf0 ? 3 : byte >= 0xe0 ? 2 : byte >= 0xc0 ? 1 : 0;
+    } else if (continuations > 0) {
+      --continuations;
+    } else {
+      text += '\xc2';
+    }
+    text += c;
+  }
+  return text;
+}
+
 /// Carries the parser's events to a TreeBuilder.
 class YamlHandler : public YAML::EventHandler {
  public:
@@ -67,8 +87,9 @@ class YamlHandler : public YAML::EventHandler {
   }
 
   void OnScalar(const YAML::Mark& mark, const std::string& tag, YAML::anchor_t anchor,
-                const std::string& text) override {
+                const std::string& written) override {
     const Mark at = place(mark);
+    const std::string text = inUtf8(written);
     const Value value = scalar(at, tag, text);
     if (builder_.expectsKey()) {
       builder_.key(at, text);

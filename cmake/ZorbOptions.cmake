@@ -10,6 +10,8 @@ option(ZORB_TRACES "Trace statements are there; OFF: to measure what they cost w
 option(ZORB_AUDIT "Keep books of all handles and reactors, for zorb soak to compare; slow" OFF)
 option(ZORB_CHECK_HEADERS "Compile every header alone" OFF)
 option(ZORB_CHECKS "Tests of the sources: formatting, includes, clang-tidy, the installed library" OFF)
+option(ZORB_FUZZ "Fuzz targets with libFuzzer in them (clang); OFF: they replay kept inputs" OFF)
+option(ZORB_COVERAGE "Count what runs, for tools/coverage (g++)" OFF)
 option(ZORB_IPO "Optimise across translation units" OFF)
 set(ZORB_SANITIZE "" CACHE STRING "Sanitizers: \"address;undefined\" or \"thread\"")
 set(ZORB_TEST_PREFIX "" CACHE STRING "Put before the names of all tests but the checks")
@@ -35,7 +37,7 @@ set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ${ZORB_CHECK_HEADERS})
 # every build type, so NDEBUG is not defined anywhere.
 set(CMAKE_CXX_FLAGS_RELEASE "-O2")
 set(CMAKE_CXX_FLAGS_RELWITHDEBINFO "-O2 -g")
-if(NOT ZORB_SANITIZE)
+if(NOT ZORB_SANITIZE AND NOT ZORB_COVERAGE)
   set(CMAKE_CXX_FLAGS_DEBUG "-Og -g")
 endif()
 
@@ -67,6 +69,17 @@ if(ZORB_SANITIZE)
   add_compile_options(-fsanitize=${ZORB_SANITIZE_FLAGS} -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${ZORB_SANITIZE_FLAGS})
+endif()
+
+if(ZORB_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+  add_link_options(-fsanitize=fuzzer-no-link)
+endif()
+
+# Counts are atomic because some tests have threads.
+if(ZORB_COVERAGE)
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
 endif()
 
 if(ZORB_IPO)

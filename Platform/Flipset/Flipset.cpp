@@ -41,7 +41,7 @@ class Parser {
     std::string name = quoted();
     if (read.contains(name)) {
       at_ = start;
-      failWith("the toggle \"" + name + "\" is set twice");
+      failWith("the toggle \"" + printable(name) + "\" is set twice, expected it once");
     }
     need(':', "':'");
     space();
@@ -102,6 +102,14 @@ class Parser {
     static constexpr char kDigits[] = "0123456789abcdef";
     const auto byte = static_cast<unsigned char>(c);
     return std::string("byte 0x") + kDigits[byte >> 4] + kDigits[byte & 0xf];
+  }
+
+  /// A name as a message can show it: nothing has said that it is UTF-8.
+  static std::string printable(std::string name) {
+    for (char& c : name) {
+      if (c < 0x20 || c >= 0x7f) c = '?';
+    }
+    return name;
   }
 
   [[noreturn]] void failWith(const std::string& what) {

@@ -5,7 +5,6 @@
 
 #include "Fabric/Document.h"
 #include "Fabric/InputError.h"
-#include "Fabric/Limits.h"
 #include "Fabric/SwitchView.h"
 
 namespace Fabric {
@@ -84,13 +83,6 @@ TEST(DocumentTest, RunUpToTheLastAddress_IsAllowedAndNoFurther) {
       2U);
   EXPECT_EQ(complaint("switches: {'ff:ff:ff:ff:ff:fe': {count: 3}}"),
             "f:1:41: a run beyond ff:ff:ff:ff:ff:ff, expected at most 2 switches here");
-}
-
-TEST(DocumentTest, SwitchesBeyondTheirLimit_AreRefused) {
-  EXPECT_EQ(complaint("switches:\n  '02:00:00:00:00:00': {count: 100000}\n"), "");
-  EXPECT_EQ(complaint("switches:\n  '02:00:00:00:00:00': {count: 100000}\n"
-                      "  '03:00:00:00:00:00': {}\n"),
-            "f:3:3: too many switches, expected at most 100000");
 }
 
 TEST(DocumentTest, ShortForms_StandForTheirLongForms) {
@@ -191,17 +183,6 @@ TEST(DocumentTest, SwitchKeyOfAnExpectation_HasToBeASwitchAtSomeTime) {
                         "- {at: 2, apply: {switches: {leaf1: {name: leaf2}}}}\n"
                         "- {at: 3, expect: {mounts: {leaf1: null, '02:00:00:00:00:09': null}}}\n"),
       "");
-}
-
-TEST(DocumentTest, ChangesBeyondTheirLimit_AreRefused) {
-  std::string text = "switches: {'02:00:00:00:00:00': {count: 100000}}\nevents:\n";
-  for (std::size_t at = 0; at <= kMaxChanges / kMaxSwitches / 2; ++at) {
-    text += "- {at: 1, apply: {switches: {'*': null}}}\n";
-    text += "- {at: 1, apply: {switches: {'02:00:00:00:00:00': {count: 100000}}}}\n";
-  }
-  EXPECT_EQ(complaint(text),
-            "f:13:18: too many changes, expected events that bring, remove or rename at most "
-            "1000000 members altogether");
 }
 
 TEST(DocumentTest, MemberRemovedAndBroughtBackInOnePatch_IsThereForLaterEvents) {

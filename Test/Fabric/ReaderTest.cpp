@@ -77,6 +77,13 @@ TEST(ReaderTest, QuotedScalar_IsAString) {
   EXPECT_EQ(json("a: |\n  1\nb: >-\n  true\n"), R"({"a":"1\n","b":"true"})");
 }
 
+TEST(ReaderTest, EscapesOfYaml_AreCharactersInUtf8) {
+  const Value value = read("f", "{\"a\\N\": \"\u00e9\\N\\_\\L\\x85\\u0085\U0001f600\\_\"}");
+  EXPECT_EQ(*value.object().begin()->key, "a\u0085");
+  EXPECT_EQ(value.object().begin()->value.string(),
+            "\u00e9\u0085\u00a0\u2028\u0085\u0085\U0001f600\u00a0");
+}
+
 TEST(ReaderTest, Key_IsTextAsWritten) {
   EXPECT_EQ(json("{3: a, true: b, 0x10: c, '1.0': d}"),
             R"({"3":"a","true":"b","0x10":"c","1.0":"d"})");
@@ -328,6 +335,9 @@ TEST(ReaderTest, BrokenJson_IsRefusedWhereItBreaks) {
   EXPECT_EQ(found("[1.]"), "f.json:1:4: broken JSON: \"]\", expected a digit");
   EXPECT_EQ(found("[1e]"), "f.json:1:4: broken JSON: \"]\", expected a digit");
   EXPECT_EQ(found("[+1]"), "f.json:1:2: broken JSON: \"+\", expected a value");
+  EXPECT_EQ(found("[\u00e9]"), "f.json:1:2: broken JSON: \"\u00e9\", expected a value");
+  EXPECT_EQ(found("[1 \U0001f600]"),
+            "f.json:1:4: broken JSON: \"\U0001f600\", expected \",\" or \"]\"");
   EXPECT_EQ(found("[nul]"), "f.json:1:2: broken JSON: \"n\", expected a value");
   EXPECT_EQ(found("[\"a]"),
             "f.json:1:2: broken JSON: a string without an end, expected a closing quote");

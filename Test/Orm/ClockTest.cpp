@@ -355,4 +355,12 @@ TEST_F(ClockTest, NestedLoop_InAHandlerRunsWhatIsDue) {
   EXPECT_EQ(log_, "(a)b");
 }
 
+using ClockDeathTest = ClockTest;
+
+TEST_F(ClockDeathTest, ThatGoesUnderAnArmedTimer_StopsTheProcess) {
+  const auto a = alarm(20, "a");
+  // Handles keep a clock alive under its timers: who breaks that is found out.
+  EXPECT_DEATH(clock_->~Clock(), "assertion failed: heap_.empty\\(\\)");
+}
+
 }  // namespace

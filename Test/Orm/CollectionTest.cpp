@@ -355,6 +355,11 @@ TEST_P(CollectionWalkTest, AMemberThatGoesChangesTheCollectionWhileItIsCleared) 
   }
 }
 
+TEST(CollectionDeathTest, Insert_OfNothingStopsTheProcess) {
+  Things things;
+  EXPECT_DEATH(things.insert(nullptr), "assertion failed: member");
+}
+
 TEST(CollectionDeathTest, Insert_UnderAKeyThatIsThereStopsTheProcess) {
   for (const int count : {3, 30}) {
     Things things;

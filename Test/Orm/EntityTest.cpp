@@ -238,4 +238,11 @@ TEST(EntityTest, Notifiees_ThatComeAndGoForLongDoNotGrowTheList) {
   EXPECT_EQ(first.told() + second.told(), 2);
 }
 
+TEST(EntityDeathTest, ThatGoesUnderAReactor_StopsTheProcess) {
+  const auto thing = Orm::make<Thing>();
+  const Watcher watcher(thing, {});
+  // Handles keep an entity alive under its reactors: who breaks that is found out.
+  EXPECT_DEATH(thing->~Thing(), "assertion failed: notifiees_ == 0");
+}
+
 }  // namespace

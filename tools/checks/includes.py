@@ -14,7 +14,7 @@ import sys
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-TOP_FOLDERS = ("Platform", "Controllerdb", "Fabric", "Zorb", "Bench")
+TOP_FOLDERS = ("Platform", "Controllerdb", "Fabric", "Soak", "Zorb", "Bench", "Fuzz")
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 # Headers with a folder that come with the compiler. The library uses nothing else.
 COMPILER_HEADERS = ("sanitizer/", "sys/", "cxxabi.h", "unistd.h", "x86intrin.h")
