@@ -271,6 +271,7 @@ void Invariants::checkStatuses(const Fennix::Dir& statuses, const Fennix::Dir& c
 }
 
 void Invariants::patchCame() {
+  if (!simulation_.machines()) return;
   lookForLeftBehind(*world().mountStatusDir());
   lookForLeftBehind(*world().proxyMountStatusDir());
 }

@@ -21,7 +21,7 @@ class Invariants {
       : simulation_(simulation), excuses_(excuses), truth_(simulation.world()) {}
 
   void check();
-  /// After each patch, also one that is applied within another piece of work: what a later change
+  /// Before and after each patch, also one that is applied within another piece of work: what a later change
   /// of the same piece hides is seen.
   void patchCame();
   /// Within the notification that a service is ready, or is no longer; check() throws what is

@@ -1,5 +1,6 @@
 #include "Soak/Meddler.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "Fabric/SimulatedMountSm.h"
@@ -42,15 +43,31 @@ void Meddler::note(std::string_view text) {
 void Meddler::apply(const Fabric::Event& event) {
   if (const auto within = std::exchange(within_, std::nullopt)) {
     applyWaiting();
+    // Another service's entry in place of one that is just going stops the process.
+    if (excuses_.hasPublishedTwice()) return applyNow(*event.apply);
     waiting_ = Waiting{within->notice, within->count, &*event.apply};
     return;
   }
+  // A service that comes or goes keeps its place among the patches: whether it is a proxy is said
+  // once, when it comes.
+  if (bringsOrTakesService(*event.apply)) applyWaiting();
   applyNow(*event.apply);
   applyWaiting();
 }
 
+bool Meddler::bringsOrTakesService(const Fabric::Patch& patch) const {
+  return std::any_of(patch.steps.begin(), patch.steps.end(), [this](const Fabric::Step& step) {
+    return step.block == Fabric::Block::services &&
+           (step.patch.isNull() ||
+            std::any_of(step.keys->begin(), step.keys->end(), [this](const Fabric::Text& key) {
+              return !simulation_.model().find(Fabric::Block::services, *key);
+            }));
+  });
+}
+
 void Meddler::told(Fault::Notice notice) {
-  if (waiting_ && waiting_->notice == notice && --waiting_->left == 0) applyWaiting();
+  if (!waiting_ || waiting_->notice != notice || excuses_.hasPublishedTwice()) return;
+  if (--waiting_->left == 0) applyWaiting();
 }
 
 void Meddler::applyWaiting() {
@@ -59,6 +76,7 @@ void Meddler::applyWaiting() {
 
 void Meddler::applyNow(const Fabric::Patch& patch) {
   if (depth_ != 0) excuses_.nested();
+  if (onPatch_) onPatch_();
   ++depth_;
   excuses_.patchComes(simulation_.model(), patch);
   simulation_.applyPatch(patch);

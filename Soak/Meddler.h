@@ -23,7 +23,7 @@ class Meddler final : public Fabric::StatusObserver {
  public:
   Meddler(Fabric::Simulation& simulation, Excuses& excuses);
 
-  /// Called after each patch.
+  /// Called before and after each patch.
   void onPatchIs(std::function<void()> onPatch) { onPatch_ = std::move(onPatch); }
 
   /// Called within each change of a service's readiness, before a patch that waits for it.
@@ -75,6 +75,7 @@ class Meddler final : public Fabric::StatusObserver {
 
   void carryOut(const Fault& fault);
   void told(Fault::Notice notice);
+  bool bringsOrTakesService(const Fabric::Patch& patch) const;
   void applyWaiting();
   void applyNow(const Fabric::Patch& patch);
 

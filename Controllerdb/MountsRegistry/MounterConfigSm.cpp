@@ -231,6 +231,10 @@ void MounterConfigSm::deleteMountStatus() {
 }
 
 void MounterConfigSm::deleteMountStatus(SystemStatus& system) {
+  // Whoever was told of the first ones may have had the service mount the path again.
+  if (const auto* other = parent_->mounterConfigSm().find(serviceName()); other && other != this) {
+    return;
+  }
   const String& path = parent_->entryName();
   const Ptr<ServiceMountGroupStatus> group(system.serviceMountGroupStatus(mounter_->groupName()));
   if (!group || !group->mountStatus(path)) return;

@@ -394,6 +394,8 @@ void PublishRegistryEntrySm::doCleanup() {
   leaveIndex();  // the registry machine may be gone when this one's memory goes
   if (controllerdbPublishStatus_) {
     controllerdbPublishStatus_->system().walk([this](const SystemPublishedMount& system) {
+      // Whoever was told of the first ones may have had the path published again.
+      if (hasSuccessor()) return;
       doDisconnectSwitch(connectionOf(system.systemId()));
     });
   }
@@ -406,6 +408,11 @@ void PublishRegistryEntrySm::doCleanup() {
   if (waited && registry.publishEntry(entryName()) != publishEntry_.get()) {
     mountsRegistrySm_->handleServicePublishReady(publishEntry_->serviceName());
   }
+}
+
+bool PublishRegistryEntrySm::hasSuccessor() const {
+  const auto* const other = mountsRegistrySm_->publishRegistryEntrySm().find(entryName());
+  return other && other != this;
 }
 
 void PublishRegistryEntrySm::leaveIndex() {

@@ -162,6 +162,7 @@ class PublishRegistryEntrySm : public Orm::Sm, private Kobble::Counted<PublishRe
   Orm::Ptr<Orm::Entity> localEntity() const;
   Orm::Ptr<Orm::Entity> publishedEntity(const Connection& connection) const;
   Controllerdb::SystemPublishedMount* publishedTo(const SystemId& systemId) const;
+  bool hasSuccessor() const;
   void leaveIndex();
 
   Orm::Ptr<PublishRegistryEntry> publishEntry_;
