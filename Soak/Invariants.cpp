@@ -135,7 +135,7 @@ void Invariants::checkRegistryMachine() const {
 
 // ---- mounts
 
-void Invariants::checkEntry(const Entry& entry, const EntrySm& machine) const {
+void Invariants::checkEntry(const Entry& entry, const EntrySm& machine) {
   require(machine.registryEntry().get() == &entry,
           "the machine of another entry:", entry.name().view());
   require(entry.mounter().size() == machine.mounterConfigSm().size(),
@@ -176,7 +176,7 @@ void Invariants::checkFilters(const Truth::Filters& filters, const EntrySm& mach
 }
 
 void Invariants::checkMount(const Entry& entry, const EntrySm& machine,
-                            const Truth::Filters& filters, const Peer& peer) const {
+                            const Truth::Filters& filters, const Peer& peer) {
   if (excuses_.isUndecided(peer.systemId())) return;
   const bool admitted = truth_.admits(entry, filters, peer);
   const auto* const mount = static_cast<SimulatedMountSm*>(machine.mountSm(peer.systemId()));
@@ -213,16 +213,14 @@ void Invariants::checkRecords(const Entry& entry, const EntrySm& machine) const 
 }
 
 /// A mount whose outcome is there has a status with each mounter that wants the switch.
-void Invariants::checkStatusOfMount(const Entry& entry, const EntrySm& machine,
-                                    const Peer& peer) const {
+void Invariants::checkStatusOfMount(const Entry& entry, const EntrySm& machine, const Peer& peer) {
   const auto* const mount = static_cast<SimulatedMountSm*>(machine.mountSm(peer.systemId()));
-  if (mount->pending()) return;
+  const bool pending = mount->pending().has_value();
   // A filter that gains or loses a system that another one includes decides nothing.
   std::size_t systemFilters = 0;
   for (const Ptr<Mounter>& mounter : entry.mounter()) {
     if (mounter->mountGroupConfig()->systemFilter()) ++systemFilters;
   }
-  if (systemFilters > 1) return;
   const MountState state = machine.mountSmDataSm(peer.systemId())->lastMountState();
   for (const Ptr<Mounter>& mounter : entry.mounter()) {
     if (excuses_.isRenamed(mounter->serviceName().view())) continue;
@@ -230,8 +228,10 @@ void Invariants::checkStatusOfMount(const Entry& entry, const EntrySm& machine,
     const ServiceMountGroupStatus* const group =
         system ? system->serviceMountGroupStatus(mounter->groupName()) : nullptr;
     const MountStatus* const status = group ? group->mountStatus(entry.name()) : nullptr;
-    // It went with its last mount status, and comes back with the next decision.
-    if (!group) continue;
+    const auto key = std::pair(mounter.get(), peer.systemId());
+    if (!group) untold_.insert(key);
+    if (status) untold_.erase(key);
+    if (pending || systemFilters > 1 || untold_.contains(key)) continue;
     const bool wanted =
         truth_.wants(*mounter, peer) && mounter->mountGroupConfig()->mountConfig(entry.name());
     if (!wanted) {

@@ -21,8 +21,8 @@ class Invariants {
       : simulation_(simulation), excuses_(excuses), truth_(simulation.world()) {}
 
   void check();
-  /// Before and after each patch, also one that is applied within another piece of work: what a later change
-  /// of the same piece hides is seen.
+  /// Before and after each patch, also one that is applied within another piece of work: what a
+  /// later change of the same piece hides is seen.
   void patchCame();
   /// Within the notification that a service is ready, or is no longer; check() throws what is
   /// wrong.
@@ -37,13 +37,12 @@ class Invariants {
   void checkRegistryMachine() const;
   void checkIndexes() const;
   // ---- mounts
-  void checkEntry(const Entry& entry, const EntrySm& machine) const;
+  void checkEntry(const Entry& entry, const EntrySm& machine);
   void checkFilters(const Truth::Filters& filters, const EntrySm& machine) const;
   void checkMount(const Entry& entry, const EntrySm& machine, const Truth::Filters& filters,
-                  const Controller::Peer& peer) const;
+                  const Controller::Peer& peer);
   void checkRecords(const Entry& entry, const EntrySm& machine) const;
-  void checkStatusOfMount(const Entry& entry, const EntrySm& machine,
-                          const Controller::Peer& peer) const;
+  void checkStatusOfMount(const Entry& entry, const EntrySm& machine, const Controller::Peer& peer);
   // ---- what the services are told
   void checkStatuses(const Fennix::Dir& statuses, const Fennix::Dir& configs);
   void lookForLeftBehind(const Fennix::Dir& statuses);
@@ -72,6 +71,9 @@ class Invariants {
   /// Services and switches that are unknown whose status nobody is left to take away: the service
   /// had no mounter when the switch was forgotten.
   std::set<std::pair<const Controller::ServiceMountStatus*, std::string>> leftBehind_;
+  /// Mounters and switches whose group had no status: it went with its last mount status while a
+  /// mount of another path was under way, which nobody is told of then until its next change.
+  std::set<std::pair<const Controller::Mounter*, Controller::SystemId>> untold_;
   /// What was seen within a notification, where nothing may be thrown.
   std::string seen_;
 };

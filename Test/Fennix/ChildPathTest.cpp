@@ -22,6 +22,12 @@ TEST(ChildPathTest, Text_BelowTheRootHasOneSlash) {
   EXPECT_EQ(Orm::stringForm(path), "/c");
 }
 
+TEST(ChildPathTest, NameWithoutADirectory_StandsBehindASlash) {
+  const ChildPath path("", "c");
+  EXPECT_FALSE(path.empty());
+  EXPECT_EQ(path.text(), "/c");
+}
+
 TEST(ChildPathTest, Empty_HasNoText) {
   const ChildPath path;
   EXPECT_TRUE(path.empty());

@@ -101,6 +101,8 @@ TEST_F(FlipsetTest, TextIs_BadTextIsToldWithItsExactPlace) {
        "f.json:3:3: the toggle \"a\" is set twice, expected it once"},
       {"{\"\xc3\": true, \"\xc3\": false}",
        "f.json:1:13: the toggle \"?\" is set twice, expected it once"},
+      {"{\"a\x7f\": true, \"a\x7f\": false}",
+       "f.json:1:14: the toggle \"a?\" is set twice, expected it once"},
       {"{\"a", "f.json:1:4: the file ends, expected '\"' at the end of the name"},
       {"{\"a\\\"\": true}",
        "f.json:1:4: found '\\', expected a name without escapes and control characters"},

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "Controllerdb/MountsRegistry/ConnectionServiceStatusDirSm.h"
 #include "Test/Support/ControllerFixture.h"
 
@@ -250,6 +252,49 @@ TEST_F(ConnectionServiceStatusDirSmTest, ReplacedVersionStatus_IsFollowedAndTheO
   EXPECT_EQ(0U, decisions("topology"));
   second->versionIs(9);
   EXPECT_EQ(1U, decisions("topology"));
+}
+
+TEST_F(ConnectionServiceStatusDirSmTest, ServiceStatusThatIsReplacedUnseen_IsFollowedInstead) {
+  connect(kA, {{"Topology", 3}});
+  const auto services = oobStatus()->clientStatusOfSystem(systemId(kA))->serviceStatusDir();
+  const Orm::Ptr<ServiceStatusV1> old(services->service("Topology"));
+  services->hasNotificationActiveIs(false);
+  services->serviceDel("Topology");
+  services->hasNotificationActiveIs(true);
+  const auto replaced = Orm::make<ServiceStatusV1>("Topology");
+  replaced->enabledIs(true);
+  replaced->versionStatusIs(Orm::make<ServiceVersionStatusV1>(true, true, 3U));
+  services->serviceIs(replaced);
+  EXPECT_EQ(0U, old->notifieeCount());
+  EXPECT_EQ(1U, replaced->notifieeCount());
+  mounts().takeRequests();
+  replaced->enabledIs(false);
+  EXPECT_THAT(mounts().takeRequests(), ElementsAre(text({"unmount topology from ", kA}),
+                                                   text({"unmount proxied from ", kA})));
+}
+
+TEST_F(ConnectionServiceStatusDirSmTest, ServiceReinsertedWithinItsOwnNotification_IsFollowedOnce) {
+  const auto services = Orm::make<ServiceStatusDir>();
+  bool done = false;
+  Support::Recorder first(services, [&](Orm::AttributeId, const auto&) {
+    if (std::exchange(done, true)) return;
+    services->serviceDel("Topology");
+    services->serviceIs("Topology");
+  });
+  const SystemId system = systemId(kA);
+  oobStatus()->clientStatusIs(address(system), system)->serviceStatusDirIs(services);
+  peerTable().peerIs(system, address(system));
+  services->serviceIs("Topology");
+  EXPECT_TRUE(done);
+  EXPECT_EQ(1U, services->service("Topology")->notifieeCount());
+}
+
+TEST_F(ConnectionServiceStatusDirSmTest, VersionHandledByTheConnectionsName_IsTheSame) {
+  connect(kA, {{"Topology", 3}, {"Routing", 3}});
+  startTracing();
+  registrySm().handleServiceVersion("Topology", kA);
+  EXPECT_EQ(1U, decisions("topology"));
+  EXPECT_EQ(0U, decisions("routing"));
 }
 
 TEST_F(ConnectionServiceStatusDirSmTest, ServiceDisabled_ReevaluatesAndUnmounts) {

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "Controllerdb/MountsRegistry/InactiveClientSm.h"
 #include "Test/Support/ControllerFixture.h"
 
@@ -131,6 +133,48 @@ TEST_F(InactiveClientSmTest, ServiceThatLeftTheConfiguration_IsNotFollowedAnyMor
   traceIs(8);
   config->enabledIs(true);
   EXPECT_THAT(traced(8), IsEmpty());
+}
+
+TEST_F(InactiveClientSmTest, ServiceThatIsReplacedUnseen_IsFollowedAndTheOldOneIsNot) {
+  enabledIs("Topology", true);
+  const Orm::Ptr<ServiceConfigV1> old(serviceConfigDir()->service("Topology"));
+  serviceConfigDir()->hasNotificationActiveIs(false);
+  serviceConfigDir()->serviceDel("Topology");
+  serviceConfigDir()->hasNotificationActiveIs(true);
+  const auto replaced = Orm::make<ServiceConfigV1>("Topology");
+  replaced->enabledIs(true);
+  serviceConfigDir()->serviceIs(replaced);
+  EXPECT_EQ(0U, old->notifieeCount());
+  EXPECT_EQ(1U, replaced->notifieeCount());
+  traceIs(8);
+  replaced->enabledIs(false);
+  EXPECT_EQ("InactiveClientSm::handleEnabled Topology : false", traced(8).front());
+}
+
+/// Takes the member away and puts it in again, while the machine has not been told of it yet.
+class Reinserting : public Orm::Reactor {
+ public:
+  explicit Reinserting(const Orm::Ptr<ServiceConfigDir>& dir) : dir_(dir) { watchedIs(dir); }
+  void onAttribute(Orm::AttributeId, const Orm::Key&) override {
+    if (std::exchange(done_, true)) return;
+    dir_->serviceDel("Topology");
+    dir_->serviceIs("Topology")->enabledIs(true);
+  }
+
+ private:
+  Orm::Ptr<ServiceConfigDir> dir_;
+  bool done_ = false;
+};
+
+TEST_F(InactiveClientSmTest, ServiceReinsertedWithinItsOwnNotification_IsFollowedOnce) {
+  stopRegistry();
+  const Reinserting first(serviceConfigDir());
+  startRegistry();
+  enabledIs("Topology", true);
+  EXPECT_EQ(1U, serviceConfigDir()->service("Topology")->notifieeCount());
+  traceIs(8);
+  enabledIs("Topology", false);
+  EXPECT_EQ(1U, timesTraced(8, "InactiveClientSm::handleEnabled Topology : false"));
 }
 
 TEST_F(InactiveClientSmTest, ServicesPresentAtStart_AreFollowed) {

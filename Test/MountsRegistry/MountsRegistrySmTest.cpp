@@ -111,6 +111,35 @@ TEST_F(MountsRegistrySmTest, PublishEntryDeleted_CleansUpBeforeItsMachineIsDelet
   expectTrace(8, "MountsRegistrySm::handlePublishEntry:  Deleting publish sm for: /data");
 }
 
+TEST_F(MountsRegistrySmTest, PublishEntryThatNeverWas_IsNoOnesToTakeBack) {
+  startRegistry();
+  registrySm().handlePublishEntry("/nothing");
+  EXPECT_TRUE(registrySm().publishRegistryEntrySm().empty());
+}
+
+TEST_F(MountsRegistrySmTest, WithoutAPeerTable_NobodyIsConnected) {
+  start();
+  service("Topology").group("default").path("a");
+  connect(kA, {{"Topology", 3}});
+  ASSERT_TRUE(isMounting(kA, "a"));
+  oobStatus()->peerTableIs(nullptr);
+  registrySm().handlePeer(systemId(kB));
+  EXPECT_EQ(entrySm("a").admission(systemId(kA)), Admission::notConnected);
+  traceIs(8);
+  inactive(kB);
+  forget(kB);
+  EXPECT_EQ(1U, timesTraced(8, decided("a", kB)));
+}
+
+TEST_F(MountsRegistrySmTest, WithoutAPublishStatus_AReadyServiceIsToldToNobody) {
+  const auto machine = mountsRegistrySmFactory(registry(), oobStatus(), heartbeatConfig(), root(),
+                                               nullptr, serviceConfigDir());
+  registry()->servicePublishReadyIs("Topology", true);
+  machine->handleServicePublishReady("Topology");
+  machine->handleServicePublishReady("Routing");
+  EXPECT_FALSE(publishStatus()->servicePublishReady().value("Topology"));
+}
+
 using MountsRegistrySmDeathTest = MountsRegistrySmTest;
 
 TEST_F(MountsRegistrySmDeathTest, PublishEntryThatChangesItsService_StopsTheProcess) {

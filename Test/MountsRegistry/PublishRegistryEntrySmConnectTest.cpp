@@ -49,6 +49,7 @@ TEST_F(PublishRegistryEntrySmConnectTest, APublicationSaysWhatIsPublishedWhere) 
   expectTrace(5, std::string(kConnected) + " publishing:" + kPath + " to:remote/config on:" + kOne +
                      " type: Topology::Config service: Topology");
   expectTrace(8, std::string("PublishRegistryEntrySm::doConnectSwitch ") + kPath + " " + kOne);
+  EXPECT_EQ(publishSm(kPath).admission(systemId(kOne)), Admission::admitted);
 }
 
 TEST_F(PublishRegistryEntrySmConnectTest, APrefixPath_IsPublishedAsAChildASystem) {

@@ -355,6 +355,12 @@ TEST_F(ClockTest, NestedLoop_InAHandlerRunsWhatIsDue) {
   EXPECT_EQ(log_, "(a)b");
 }
 
+TEST_F(ClockTest, RunNext_WithNothingDueDoesNothing) {
+  clock_->runNext();
+  EXPECT_EQ(clock_->now(), 10);
+  EXPECT_EQ(log_, "");
+}
+
 using ClockDeathTest = ClockTest;
 
 TEST_F(ClockDeathTest, ThatGoesUnderAnArmedTimer_StopsTheProcess) {

@@ -42,6 +42,8 @@ TEST(IpAddrTest, Version4_IsItsMappedVersion6) {
   bytes[15] = 9;
   EXPECT_EQ(IpAddr::fromV6(bytes), IpAddr::fromV4(0x0a000009U));
   EXPECT_TRUE(IpAddr::fromV6(bytes).isV4());
+  bytes[11] = 0;
+  EXPECT_FALSE(IpAddr::fromV6(bytes).isV4());
 }
 
 TEST(IpAddrPortTest, Text_PutsVersion6InBrackets) {

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <map>
 #include <sstream>
 #include <string>
@@ -14,7 +15,19 @@
 
 #include "Platform/Kobble/Kobble.h"
 
+#ifdef ZORB_COVERAGE
+extern "C" void __gcov_dump();
+#endif
+
 namespace {
+
+/// Counts what a process did that ends by abort(), as that of a death test should. Only builds that
+/// count have anything to write.
+void countAborted() {
+#ifdef ZORB_COVERAGE
+  std::signal(SIGABRT, [](int) { __gcov_dump(); });
+#endif
+}
 
 std::map<std::string, std::size_t> liveCounts() {
   std::map<std::string, std::size_t> counts;
@@ -52,6 +65,7 @@ class NothingLeftListener : public testing::EmptyTestEventListener {
 }  // namespace
 
 int main(int argc, char** argv) {
+  countAborted();
   for (int i = 1; i < argc; ++i) {
     if (std::string_view(argv[i]) == "--no-slabs") Kobble::slabsEnabledIs(false);
   }
