@@ -125,7 +125,7 @@ void readResults(const Run& run) {
 
 void runToItsEnd(Run& run) {
   run.run.eventsIs(run.events);
-  run.run.onProgressIs([](Orm::Seconds, std::size_t) { throw TooLong(); });
+  run.run.hooksIs({.onProgress = [](Orm::Seconds, std::size_t) { throw TooLong(); }});
   report = Orm::assertionHandlerIs(&leave);
   try {
     run.run.run();
