@@ -65,7 +65,7 @@ constexpr const char* kFooter =
 
 SoakCommand::SoakCommand(CLI::App& app, const Console& console) : console_(console) {
   CLI::App& soak = *app.add_subcommand(
-      "soak", "Live through random events and faults, and check that all invariants hold");
+      "soak", "Live through random events and faults; all invariants have to hold");
   soak.footer(profilesText() + "\n" + kFooter);
   soak.add_option("--seed", seed_, "The seed of the first run (default: 1)")->type_name("N");
   soak.add_option("--runs", runs_, "How many runs, each with the next seed (default: 100)")

@@ -116,13 +116,9 @@ void ServiceConfigDirSm::handleServiceMountCommon(bool isProxy, const String& na
                                                   const Ptr<ServiceMountStatus>& status) {
   if (!initialized_) return;
   CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServiceMountCommon", ": ", name);
-  const ServiceMountConfigSm* const present = serviceMountConfigSm_.find(name);
-  // Whoever was told first of an entity before this one has replaced it.
-  const bool replaced = present && config && status && present->isProxy() == isProxy &&
-                        (present->mountConfig() != config || present->mountStatus() != status);
-  if (replaced) serviceMountConfigSmDel(name);
+  const bool present = serviceMountConfigSm_.has(name);
   if (config && status) {
-    if (present && !replaced) {
+    if (present) {
       CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServiceMountCommon",
                    " serviceMountConfigSm already present!");
       return;
@@ -150,11 +146,9 @@ void ServiceConfigDirSm::handleServicePublish(const String& name) {
   CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServicePublish", ": ", name);
   const auto config = memberOf<ServicePublishConfig const>(publishConfigDir_, name);
   const auto status = memberOf<ServicePublishStatus>(publishStatusDir_, name);
-  const ServicePublishConfigSm* const present = servicePublishConfigSm_.find(name);
+  const bool present = servicePublishConfigSm_.has(name);
   if (config && status) {
-    if (present && present->publishConfig() == config && present->publishStatus() == status) return;
-    // Whoever was told first of an entity before this one has replaced it.
-    if (present) servicePublishConfigSmDel(name);
+    if (present) return;
     CONFIG_TRACE(8, "ServiceConfigDirSm::", "handleServicePublish",
                  " creating servicePublishConfigSm for ", name);
     servicePublishConfigSmIs(name, controllerdbStatus_, config, status, controllerdbPublishStatus_,

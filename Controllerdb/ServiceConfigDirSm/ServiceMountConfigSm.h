@@ -29,8 +29,6 @@ class ServiceMountConfigSm : public Orm::Sm, private Kobble::Counted<ServiceMoun
                        Orm::Ptr<ServiceMountStatus> mountStatus,
                        Orm::Ptr<MountsRegistry> mountsRegistry, ServiceConfigDirSm* parent);
 
-  const Orm::Ptr<ServiceMountConfig const>& mountConfig() const { return mountConfig_; }
-  const Orm::Ptr<ServiceMountStatus>& mountStatus() const { return mountStatus_; }
   const Orm::String& key() const { return key_; }
   /// The configuration came from the directory of proxy services.
   bool isProxy() const { return isProxy_; }

@@ -41,8 +41,6 @@ class ServicePublishConfigSm : public Orm::Sm, private Kobble::Counted<ServicePu
                          Orm::Ptr<Controllerdb::PublishStatus> controllerdbPublishStatus,
                          Orm::Ptr<MountsRegistry> mountsRegistry, ServiceConfigDirSm* parent);
 
-  const Orm::Ptr<ServicePublishConfig const>& publishConfig() const { return publishConfig_; }
-  const Orm::Ptr<ServicePublishStatus>& publishStatus() const { return publishStatus_; }
   const Orm::String& serviceKey() const { return serviceKey_; }
   const Orm::Ptr<Controllerdb::PublishStatus>& controllerdbPublishStatus() const {
     return controllerdbPublishStatus_;
