@@ -392,8 +392,7 @@ void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection) {
 
 void MountsRegistryEntrySm::startMount(const Connection& connection, const Peer& peer) {
   const MountsRegistry& registry = *registryEntry_->mountsRegistry();
-  const Ptr<Fennix::Dir> prefixDir = Orm::dynamicCast<Fennix::Dir>(
-      registry.rootDir()->lookup(registryEntry_->targetPath().view()));
+  const Ptr<Fennix::Dir> prefixDir = this->prefixDir();
   Orm::assertThat(prefixDir, "prefixDir");
   REGISTRY_TRACE(8, "targetPath=", prefixDir->childPath(connection.name.view()));
   const Ptr<MountSmData> mountSmData = mountSmDataIs(connection.systemId, "");
@@ -412,6 +411,15 @@ void MountsRegistryEntrySm::startMount(const Connection& connection, const Peer&
              .timeout = timeout != 0 ? wholeSeconds(timeout) : kNoTimeout,
              .mountSmData = mountSmData});
   mountSmDataSmIs(mountSmData);
+}
+
+const Ptr<Fennix::Dir>& MountsRegistryEntrySm::prefixDir() {
+  if (!prefixDir_ || prefixDirAsOf_ != Fennix::Dir::departures()) {
+    prefixDirAsOf_ = Fennix::Dir::departures();
+    prefixDir_ = Orm::dynamicCast<Fennix::Dir>(
+        registryEntry_->mountsRegistry()->rootDir()->lookup(registryEntry_->targetPath().view()));
+  }
+  return prefixDir_;
 }
 
 void MountsRegistryEntrySm::doDisconnectSwitch(const Connection& connection) {

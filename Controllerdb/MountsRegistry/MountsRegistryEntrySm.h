@@ -224,6 +224,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void admissionIs(const SystemId& systemId, Admission admission);
 
   void startMount(const Connection& connection, const Peer& peer);
+  const Orm::Ptr<Fennix::Dir>& prefixDir();
   void updateSystemStatus(const Mounter& mounter, const Connection& connection, bool known);
   void handleMountTimeout(const OrmMountSmDataSm& mount) const;
   Orm::String displayName(const SystemId& systemId) const;
@@ -245,6 +246,10 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   Orm::ValueCollection<SystemId, Admission> refused_;
   /// The real names of the services under which the registry machine has this one indexed.
   Orm::ValueCollection<Orm::String, bool> indexedService_;
+  /// The directory at the target path, as it was found when `prefixDirAsOf_` directories had left
+  /// the store; see prefixDir().
+  Orm::Ptr<Fennix::Dir> prefixDir_;
+  std::uint64_t prefixDirAsOf_ = 0;
   std::uint32_t timeoutPeriod_ = kTimeoutPeriod;
   bool wildcard_ = false;
   bool initialized_ = false;
