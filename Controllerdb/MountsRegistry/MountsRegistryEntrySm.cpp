@@ -174,7 +174,7 @@ Peer* MountsRegistryEntrySm::peer(const SystemId& systemId) const {
 
 Connection MountsRegistryEntrySm::connectionOf(const SystemId& systemId) const {
   const Peer* const connected = peer(systemId);
-  return connected ? Connection(*connected) : Connection(systemId);
+  return connected ? Connection(*connected) : mountsRegistrySm_->formerConnection(systemId);
 }
 
 void MountsRegistryEntrySm::handleSwitchConnection() {
@@ -209,7 +209,7 @@ void MountsRegistryEntrySm::handleSwitchConnection(const Connection& connection)
     updateSystemStatus(connection);
     return;
   }
-  updateSystemStatus(connection);
+  updateSystemStatus(connection, true);
   const Admission admission =
       connected->connectionConfig() ? decide(connection) : Admission::noConnectionConfig;
   admissionIs(connection.systemId, admission);
@@ -466,23 +466,23 @@ bool MountsRegistryEntrySm::preserveMountsOnDisconnect(const Connection& connect
 // ---- the mounts
 
 MountSm* MountsRegistryEntrySm::mountSm(const SystemId& systemId) const {
-  const OrmMountSmDataSm* const mount = mountSmDataSm_.find(systemId);
+  const OrmMountSmDataSm* const mount = mountSmDataSm(systemId);
   return mount ? mount->mountSm().get() : nullptr;
 }
 
 void MountsRegistryEntrySm::mountSmIs(const MountRequest& request) {
-  OrmMountSmDataSm* const mount = mountSmDataSm_.find(request.systemId);
+  OrmMountSmDataSm* const mount = mountSmDataSm(request.systemId);
   if (mount->mountSm_) return;
   Ptr<MountSm> made = MountSm::MountSmIs(request);
-  mountSmDataSm_.find(request.systemId)->mountSm_ = std::move(made);
+  mountSmDataSm(request.systemId)->mountSm_ = std::move(made);
 }
 
 void MountsRegistryEntrySm::mountSmDel(const SystemId& systemId) {
-  if (OrmMountSmDataSm* mount = mountSmDataSm_.find(systemId)) mount->mountSm_ = nullptr;
+  if (OrmMountSmDataSm* mount = mountSmDataSm(systemId)) mount->mountSm_ = nullptr;
 }
 
 Ptr<MountSmData> MountsRegistryEntrySm::mountSmData(const SystemId& systemId) const {
-  const OrmMountSmDataSm* const mount = mountSmDataSm_.find(systemId);
+  const OrmMountSmDataSm* const mount = mountSmDataSm(systemId);
   return mount ? mount->mountSmData() : nullptr;
 }
 
@@ -501,7 +501,7 @@ void MountsRegistryEntrySm::mountSmDataDel(const SystemId& systemId) {
 
 void MountsRegistryEntrySm::mountSmDataSmIs(const Ptr<MountSmData>& mountSmData) {
   const Orm::ActivityScope scope;
-  OrmMountSmDataSm* const mount = mountSmDataSm_.find(mountSmData->systemId());
+  OrmMountSmDataSm* const mount = mountSmDataSm(mountSmData->systemId());
   mount->hasNotificationActiveIs(true);
   mount->handleMountState();
 }

@@ -197,7 +197,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void mountSmDataDel(const SystemId& systemId);
 
   OrmMountSmDataSm* mountSmDataSm(const SystemId& systemId) const {
-    return mountSmDataSm_.find(systemId);
+    return mountSmDataSm_.find(systemId, lastMount_);
   }
   /// Lets the record's reactor see its state, now and from now on.
   void mountSmDataSmIs(const Orm::Ptr<MountSmData>& mountSmData);
@@ -225,6 +225,9 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
 
   void startMount(const Connection& connection, const Peer& peer);
   const Orm::Ptr<Fennix::Dir>& prefixDir();
+  void handleMountState(const Mounter& mounter, const Connection& connection, MountState state,
+                        ServiceMountGroupStatus& groupStatus, MountStatus* mountStatus);
+  void updateSystemStatus(const Connection& connection, bool known);
   void updateSystemStatus(const Mounter& mounter, const Connection& connection, bool known);
   void handleMountTimeout(const OrmMountSmDataSm& mount) const;
   Orm::String displayName(const SystemId& systemId) const;
@@ -240,6 +243,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   OrmTimeoutClock timeoutClock_;
   MounterConfigSms mounterConfigSm_;
   MountSmDataSms mountSmDataSm_;
+  mutable MountSmDataSms::Hint lastMount_ = 0;
   ConnectionFilter connectionFilter_;
   VersionFilter versionFilter_;
   /// Why connected systems were refused; nothing is kept of those that were admitted.

@@ -108,13 +108,20 @@ void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
   // The "%s" before "config" has always stood in this text.
   REGISTRY_MESSAGE(5, kSignature, "group: %s mount: %s%%s config: %s", mounter.groupName(),
                    entryName(), mountConfig != nullptr);
-  if (!mountConfig || state == MountState::unmounted ||
-      !mounterIsInterestedInConnection(mounter, connection)) {
-    groupStatus->mountStatusDel(entryName());
+  const bool wanted = mountConfig && state != MountState::unmounted &&
+                      mounterIsInterestedInConnection(mounter, connection);
+  const Ptr<MountStatus> mountStatus(groupStatus->mountStatus(entryName()));
+  if (wanted == static_cast<bool>(mountStatus)) {
+    handleMountState(mounter, connection, state, *groupStatus, mountStatus.get());
   } else {
-    groupStatus->mountStatusIs(entryName());
+    if (wanted) {
+      groupStatus->mountStatusIs(entryName());
+    } else {
+      groupStatus->mountStatusDel(entryName());
+    }
+    // Whoever was told of that may have exchanged any of the statuses: they are looked for again.
+    handleMountState(mounter, connection, state);
   }
-  handleMountState(mounter, connection, state);
   groupStatus->processedIs(true);
 }
 
@@ -125,19 +132,26 @@ void MountsRegistryEntrySm::handleMountState(const Mounter& mounter, const Conne
   const Ptr<ServiceMountGroupStatus> groupStatus(
       systemStatus->serviceMountGroupStatus(mounter.groupName()));
   if (!groupStatus) return;
+  const Ptr<MountStatus> mountStatus(groupStatus->mountStatus(entryName()));
+  handleMountState(mounter, connection, state, *groupStatus, mountStatus.get());
+}
+
+void MountsRegistryEntrySm::handleMountState(const Mounter& mounter, const Connection& connection,
+                                             MountState state, ServiceMountGroupStatus& groupStatus,
+                                             MountStatus* mountStatus) {
   REGISTRY_MESSAGE(5,
                    "void Controller::MountsRegistryEntrySm::handleMountState(const PtrConst&, "
                    "const Controller::SystemId&, Controller::MountState)",
                    "%s mount state:%s connection:%s service:%s mountGroup:%s remote path:%s",
                    entryName(), state, connection.name, mounter.serviceName(), mounter.groupName(),
                    entryName());
-  if (const Ptr<MountStatus> mountStatus = groupStatus->mountStatus(entryName())) {
+  if (mountStatus) {
     if (state == MountState::mounted) {
       mountStatus->mountedPathIs(Fennix::ChildPath(registryEntry_->targetPath(), connection.name));
     }
     mountStatus->mountStateIs(state);
   }
-  updateMountGroupMountState(*mounter.mountGroupConfig(), *groupStatus, state);
+  updateMountGroupMountState(*mounter.mountGroupConfig(), groupStatus, state);
 }
 
 void MountsRegistryEntrySm::updateMountGroupMountState(
@@ -156,7 +170,11 @@ void MountsRegistryEntrySm::updateMountGroupMountState(
 }
 
 void MountsRegistryEntrySm::updateSystemStatus(const Connection& connection) {
-  const bool known = peer(connection.systemId) || oobStatus_->inactive().has(connection.systemId);
+  updateSystemStatus(connection,
+                     peer(connection.systemId) || oobStatus_->inactive().has(connection.systemId));
+}
+
+void MountsRegistryEntrySm::updateSystemStatus(const Connection& connection, bool known) {
   registryEntry_->mounter().walk(
       [&](const Mounter& mounter) { updateSystemStatus(mounter, connection, known); });
 }
