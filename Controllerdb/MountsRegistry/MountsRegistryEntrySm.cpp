@@ -490,7 +490,8 @@ Ptr<MountSmData> MountsRegistryEntrySm::mountSmDataIs(const SystemId& systemId,
                                                       const String& text) {
   if (Ptr<MountSmData> present = mountSmData(systemId)) return present;
   Ptr<MountSmData> mountSmData = Orm::make<MountSmData>(systemId, text);
-  mountSmDataSm_.insert(Orm::Owned<OrmMountSmDataSm>(new OrmMountSmDataSm(this, mountSmData)));
+  mountSmDataSm_.insert(Orm::Owned<OrmMountSmDataSm>(new OrmMountSmDataSm(this, mountSmData)),
+                        lastMount_);
   return mountSmData;
 }
 

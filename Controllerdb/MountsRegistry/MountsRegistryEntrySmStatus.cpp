@@ -104,13 +104,13 @@ void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
     REGISTRY_TRACE(8, "serviceMountGroupStatus does not exist for mounter");
     return;
   }
-  const MountConfig* const mountConfig = mountGroupConfig->mountConfig(entryName());
+  const bool configured = mounter.groupHas(entryName());
   // The "%s" before "config" has always stood in this text.
   REGISTRY_MESSAGE(5, kSignature, "group: %s mount: %s%%s config: %s", mounter.groupName(),
-                   entryName(), mountConfig != nullptr);
-  const bool wanted = mountConfig && state != MountState::unmounted &&
+                   entryName(), configured);
+  const bool wanted = configured && state != MountState::unmounted &&
                       mounterIsInterestedInConnection(mounter, connection);
-  const Ptr<MountStatus> mountStatus(groupStatus->mountStatus(entryName()));
+  const Ptr<MountStatus> mountStatus(mounter.statusIn(*groupStatus, entryName()));
   if (wanted == static_cast<bool>(mountStatus)) {
     handleMountState(mounter, connection, state, *groupStatus, mountStatus.get());
   } else {
@@ -132,7 +132,7 @@ void MountsRegistryEntrySm::handleMountState(const Mounter& mounter, const Conne
   const Ptr<ServiceMountGroupStatus> groupStatus(
       systemStatus->serviceMountGroupStatus(mounter.groupName()));
   if (!groupStatus) return;
-  const Ptr<MountStatus> mountStatus(groupStatus->mountStatus(entryName()));
+  const Ptr<MountStatus> mountStatus(mounter.statusIn(*groupStatus, entryName()));
   handleMountState(mounter, connection, state, *groupStatus, mountStatus.get());
 }
 

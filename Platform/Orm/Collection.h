@@ -97,8 +97,13 @@ class Collection {
   /// Puts in a member whose key is absent.
   Member& insert(Handle member) {
     assertThat(member, "member");
-    assertThat(!has(Traits::key(member)), "!has( key )");
     return *table_.insert(std::move(member));
+  }
+  /// The same for a member that will be looked for next.
+  Member& insert(Handle member, Hint& hint) {
+    Member& inserted = insert(std::move(member));
+    hint = table_.last();
+    return inserted;
   }
   /// Takes the member out and hands it over; null when there is none.
   Handle take(const Key& key) { return table_.take(key); }

@@ -27,14 +27,7 @@ class EthAddr {
   /// Nothing unless the whole text is an address.
   static std::optional<EthAddr> parse(std::string_view text);
 
-  /// Put together from four bytes and two, which compilers load and swap at once: everything that
-  /// is kept per switch is found by it.
-  constexpr std::uint64_t value() const {
-    const std::uint32_t head = std::uint32_t{bytes_[0]} << 24 | std::uint32_t{bytes_[1]} << 16 |
-                               std::uint32_t{bytes_[2]} << 8 | std::uint32_t{bytes_[3]};
-    const std::uint32_t tail = std::uint32_t{bytes_[4]} << 8 | std::uint32_t{bytes_[5]};
-    return std::uint64_t{head} << 16 | tail;
-  }
+  constexpr std::uint64_t value() const { return std::uint64_t{head()} << 16 | tail(); }
   constexpr std::uint32_t hash() const {
     const std::uint64_t mixed = (value() ^ value() >> 23) * 0x9e3779b97f4a7c15ULL;
     return static_cast<std::uint32_t>(mixed >> 32);
@@ -44,13 +37,22 @@ class EthAddr {
   void appendTo(std::string& out) const;
 
   friend constexpr bool operator==(const EthAddr& a, const EthAddr& b) {
-    return a.value() == b.value();
+    return a.head() == b.head() && a.tail() == b.tail();
   }
   friend constexpr std::strong_ordering operator<=>(const EthAddr& a, const EthAddr& b) {
     return a.value() <=> b.value();
   }
 
  private:
+  // Four bytes and two, each loaded at once: everything that is kept per switch is found by them.
+  constexpr std::uint32_t head() const {
+    return std::uint32_t{bytes_[0]} << 24 | std::uint32_t{bytes_[1]} << 16 |
+           std::uint32_t{bytes_[2]} << 8 | std::uint32_t{bytes_[3]};
+  }
+  constexpr std::uint32_t tail() const {
+    return std::uint32_t{bytes_[4]} << 8 | std::uint32_t{bytes_[5]};
+  }
+
   std::array<std::uint8_t, 6> bytes_{};
 };
 
