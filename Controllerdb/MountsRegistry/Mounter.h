@@ -36,6 +36,11 @@ class Mounter : public Orm::Entity, private Kobble::Counted<Mounter> {
   bool groupHas(const Orm::String& path) const {
     return mountGroupConfig_->mountConfig().find(path, placeInConfig_) != nullptr;
   }
+  /// The group's status in that of a system, null when it has none. A group has mostly the same
+  /// place in the statuses of all systems, so that it is looked for there first.
+  ServiceMountGroupStatus* groupStatusIn(const SystemStatus& systemStatus) const {
+    return systemStatus.serviceMountGroupStatus().find(groupName(), placeOfGroup_);
+  }
   /// The path's status in a status of the group, null when it has none. The path has mostly the
   /// same place in the statuses of all switches, so that it is looked for there first.
   MountStatus* statusIn(const ServiceMountGroupStatus& groupStatus, const Orm::String& path) const {
@@ -53,6 +58,7 @@ class Mounter : public Orm::Entity, private Kobble::Counted<Mounter> {
   Orm::Ptr<ServiceMountStatus> serviceMountStatus_;
   std::uint64_t mountSideNote_ = 0;
   mutable ServiceMountGroupConfig::MountConfigs::Hint placeInConfig_ = 0;
+  mutable SystemStatus::GroupStatuses::Hint placeOfGroup_ = 0;
   mutable ServiceMountGroupStatus::MountStatuses::Hint placeInStatus_ = 0;
 };
 

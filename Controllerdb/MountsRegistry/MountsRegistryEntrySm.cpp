@@ -298,7 +298,7 @@ bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceNa
       "String&)";
   REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "matchingServiceVersionFilter", " ", serviceName,
                  " ", connection.name);
-  const Ptr<ServiceVersionFilter> filter(versionFilter_.find(serviceName));
+  const ServiceVersionFilter* const filter = versionFilter_.find(serviceName);
   if (!filter) {
     REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "matchingServiceVersionFilter",
                    " no version filter for service ", serviceName);

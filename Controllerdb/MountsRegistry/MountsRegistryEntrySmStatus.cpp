@@ -98,8 +98,7 @@ void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
   const Ptr<ServiceMountGroupConfig const>& mountGroupConfig = mounter.mountGroupConfig();
   Orm::assertThat(mountGroupConfig,
                   "mountGroupConfig && \"mountGroupConfig does not exist for mounter\"");
-  const Ptr<ServiceMountGroupStatus> groupStatus(
-      systemStatus->serviceMountGroupStatus(mounter.groupName()));
+  const Ptr<ServiceMountGroupStatus> groupStatus(mounter.groupStatusIn(*systemStatus));
   if (!groupStatus) {
     REGISTRY_TRACE(8, "serviceMountGroupStatus does not exist for mounter");
     return;
@@ -129,8 +128,7 @@ void MountsRegistryEntrySm::handleMountState(const Mounter& mounter, const Conne
                                              MountState state) {
   const Ptr<SystemStatus> systemStatus(mounter.serviceMountStatus()->systemStatus(connection.name));
   if (!systemStatus) return;
-  const Ptr<ServiceMountGroupStatus> groupStatus(
-      systemStatus->serviceMountGroupStatus(mounter.groupName()));
+  const Ptr<ServiceMountGroupStatus> groupStatus(mounter.groupStatusIn(*systemStatus));
   if (!groupStatus) return;
   const Ptr<MountStatus> mountStatus(mounter.statusIn(*groupStatus, entryName()));
   handleMountState(mounter, connection, state, *groupStatus, mountStatus.get());
@@ -191,7 +189,7 @@ void MountsRegistryEntrySm::updateSystemStatus(const Mounter& mounter, const Con
     return;
   }
   const Ptr<SystemStatus> systemStatus = status->systemStatusIs(connection.name);
-  if (systemStatus->serviceMountGroupStatus(mounter.groupName())) return;
+  if (mounter.groupStatusIn(*systemStatus)) return;
   REGISTRY_MESSAGE(5, kSignature, "Adding serviceMountGroupStatus for: %s", connection.name);
   systemStatus->serviceMountGroupStatusIs(mounter.groupName());
 }
