@@ -471,14 +471,15 @@ MountSm* MountsRegistryEntrySm::mountSm(const SystemId& systemId) const {
 }
 
 void MountsRegistryEntrySm::mountSmIs(const MountRequest& request) {
-  OrmMountSmDataSm* const mount = mountSmDataSm(request.systemId);
+  OrmMountSmDataSm* const mount = mountSmDataSm_.find(request.systemId, lastMount_);
   if (mount->mountSm_) return;
   Ptr<MountSm> made = MountSm::MountSmIs(request);
-  mountSmDataSm(request.systemId)->mountSm_ = std::move(made);
+  mountSmDataSm_.find(request.systemId, lastMount_)->mountSm_ = std::move(made);
 }
 
 void MountsRegistryEntrySm::mountSmDel(const SystemId& systemId) {
-  if (OrmMountSmDataSm* mount = mountSmDataSm(systemId)) mount->mountSm_ = nullptr;
+  OrmMountSmDataSm* const mount = mountSmDataSm_.find(systemId, lastMount_);
+  if (mount) mount->mountSm_ = nullptr;
 }
 
 Ptr<MountSmData> MountsRegistryEntrySm::mountSmData(const SystemId& systemId) const {
@@ -502,7 +503,7 @@ void MountsRegistryEntrySm::mountSmDataDel(const SystemId& systemId) {
 
 void MountsRegistryEntrySm::mountSmDataSmIs(const Ptr<MountSmData>& mountSmData) {
   const Orm::ActivityScope scope;
-  OrmMountSmDataSm* const mount = mountSmDataSm(mountSmData->systemId());
+  OrmMountSmDataSm* const mount = mountSmDataSm_.find(mountSmData->systemId(), lastMount_);
   mount->hasNotificationActiveIs(true);
   mount->handleMountState();
 }

@@ -23,8 +23,8 @@ class IpAddr {
   void appendTo(std::string& out) const;
 
   friend constexpr bool operator==(const IpAddr& a, const IpAddr& b) {
-    const Words left = std::bit_cast<Words>(a.bytes_);
-    const Words right = std::bit_cast<Words>(b.bytes_);
+    const auto left = std::bit_cast<Words>(a.bytes_);
+    const auto right = std::bit_cast<Words>(b.bytes_);
     return left[0] == right[0] && left[1] == right[1];
   }
   friend constexpr auto operator<=>(const IpAddr&, const IpAddr&) = default;
