@@ -32,6 +32,21 @@ class Mounter : public Orm::Entity, private Kobble::Counted<Mounter> {
   }
   const Orm::Ptr<ServiceMountStatus>& serviceMountStatus() const { return serviceMountStatus_; }
 
+  /// Whether the group configures the path of the mounter's entry at present.
+  bool groupHas(const Orm::String& path) const {
+    return mountGroupConfig_->mountConfig().find(path, placeInConfig_) != nullptr;
+  }
+  /// The group's status in that of a system, null when it has none. A group has mostly the same
+  /// place in the statuses of all systems, so that it is looked for there first.
+  ServiceMountGroupStatus* groupStatusIn(const SystemStatus& systemStatus) const {
+    return systemStatus.serviceMountGroupStatus().find(groupName(), placeOfGroup_);
+  }
+  /// The path's status in a status of the group, null when it has none. The path has mostly the
+  /// same place in the statuses of all switches, so that it is looked for there first.
+  MountStatus* statusIn(const ServiceMountGroupStatus& groupStatus, const Orm::String& path) const {
+    return groupStatus.mountStatus().find(path, placeInStatus_);
+  }
+
   /// Room for the mount side; nobody is told of a change.
   std::uint64_t mountSideNote() const { return mountSideNote_; }
   void mountSideNoteIs(std::uint64_t note) { mountSideNote_ = note; }
@@ -42,6 +57,9 @@ class Mounter : public Orm::Entity, private Kobble::Counted<Mounter> {
   Orm::Ptr<ServiceMountGroupConfig const> mountGroupConfig_;
   Orm::Ptr<ServiceMountStatus> serviceMountStatus_;
   std::uint64_t mountSideNote_ = 0;
+  mutable ServiceMountGroupConfig::MountConfigs::Hint placeInConfig_ = 0;
+  mutable SystemStatus::GroupStatuses::Hint placeOfGroup_ = 0;
+  mutable ServiceMountGroupStatus::MountStatuses::Hint placeInStatus_ = 0;
 };
 
 }  // namespace Controller

@@ -174,7 +174,7 @@ Peer* MountsRegistryEntrySm::peer(const SystemId& systemId) const {
 
 Connection MountsRegistryEntrySm::connectionOf(const SystemId& systemId) const {
   const Peer* const connected = peer(systemId);
-  return connected ? Connection(*connected) : Connection(systemId);
+  return connected ? Connection(*connected) : mountsRegistrySm_->formerConnection(systemId);
 }
 
 void MountsRegistryEntrySm::handleSwitchConnection() {
@@ -209,7 +209,7 @@ void MountsRegistryEntrySm::handleSwitchConnection(const Connection& connection)
     updateSystemStatus(connection);
     return;
   }
-  updateSystemStatus(connection);
+  updateSystemStatus(connection, true);
   const Admission admission =
       connected->connectionConfig() ? decide(connection) : Admission::noConnectionConfig;
   admissionIs(connection.systemId, admission);
@@ -298,7 +298,7 @@ bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceNa
       "String&)";
   REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "matchingServiceVersionFilter", " ", serviceName,
                  " ", connection.name);
-  const Ptr<ServiceVersionFilter> filter(versionFilter_.find(serviceName));
+  const ServiceVersionFilter* const filter = versionFilter_.find(serviceName);
   if (!filter) {
     REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "matchingServiceVersionFilter",
                    " no version filter for service ", serviceName);
@@ -393,8 +393,7 @@ void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection) {
 
 void MountsRegistryEntrySm::startMount(const Connection& connection, const Peer& peer) {
   const MountsRegistry& registry = *registryEntry_->mountsRegistry();
-  const Ptr<Fennix::Dir> prefixDir = Orm::dynamicCast<Fennix::Dir>(
-      registry.rootDir()->lookup(registryEntry_->targetPath().view()));
+  const Ptr<Fennix::Dir> prefixDir = this->prefixDir();
   Orm::assertThat(prefixDir, "prefixDir");
   REGISTRY_TRACE(8, "targetPath=", prefixDir->childPath(connection.name.view()));
   const Ptr<MountSmData> mountSmData = mountSmDataIs(connection.systemId, "");
@@ -413,6 +412,15 @@ void MountsRegistryEntrySm::startMount(const Connection& connection, const Peer&
              .timeout = timeout != 0 ? wholeSeconds(timeout) : kNoTimeout,
              .mountSmData = mountSmData});
   mountSmDataSmIs(mountSmData);
+}
+
+const Ptr<Fennix::Dir>& MountsRegistryEntrySm::prefixDir() {
+  if (!prefixDir_ || prefixDirAsOf_ != Fennix::Dir::departures()) {
+    prefixDirAsOf_ = Fennix::Dir::departures();
+    prefixDir_ = Orm::dynamicCast<Fennix::Dir>(
+        registryEntry_->mountsRegistry()->rootDir()->lookup(registryEntry_->targetPath().view()));
+  }
+  return prefixDir_;
 }
 
 void MountsRegistryEntrySm::doDisconnectSwitch(const Connection& connection) {
@@ -461,23 +469,24 @@ bool MountsRegistryEntrySm::preserveMountsOnDisconnect(const Connection& connect
 // ---- the mounts
 
 MountSm* MountsRegistryEntrySm::mountSm(const SystemId& systemId) const {
-  const OrmMountSmDataSm* const mount = mountSmDataSm_.find(systemId);
+  const OrmMountSmDataSm* const mount = mountSmDataSm(systemId);
   return mount ? mount->mountSm().get() : nullptr;
 }
 
 void MountsRegistryEntrySm::mountSmIs(const MountRequest& request) {
-  OrmMountSmDataSm* const mount = mountSmDataSm_.find(request.systemId);
+  OrmMountSmDataSm* const mount = mountSmDataSm_.find(request.systemId, lastMount_);
   if (mount->mountSm_) return;
   Ptr<MountSm> made = MountSm::MountSmIs(request);
-  mountSmDataSm_.find(request.systemId)->mountSm_ = std::move(made);
+  mountSmDataSm_.find(request.systemId, lastMount_)->mountSm_ = std::move(made);
 }
 
 void MountsRegistryEntrySm::mountSmDel(const SystemId& systemId) {
-  if (OrmMountSmDataSm* mount = mountSmDataSm_.find(systemId)) mount->mountSm_ = nullptr;
+  OrmMountSmDataSm* const mount = mountSmDataSm_.find(systemId, lastMount_);
+  if (mount) mount->mountSm_ = nullptr;
 }
 
 Ptr<MountSmData> MountsRegistryEntrySm::mountSmData(const SystemId& systemId) const {
-  const OrmMountSmDataSm* const mount = mountSmDataSm_.find(systemId);
+  const OrmMountSmDataSm* const mount = mountSmDataSm(systemId);
   return mount ? mount->mountSmData() : nullptr;
 }
 
@@ -485,7 +494,8 @@ Ptr<MountSmData> MountsRegistryEntrySm::mountSmDataIs(const SystemId& systemId,
                                                       const String& text) {
   if (Ptr<MountSmData> present = mountSmData(systemId)) return present;
   Ptr<MountSmData> mountSmData = Orm::make<MountSmData>(systemId, text);
-  mountSmDataSm_.insert(Orm::Owned<OrmMountSmDataSm>(new OrmMountSmDataSm(this, mountSmData)));
+  mountSmDataSm_.insert(Orm::Owned<OrmMountSmDataSm>(new OrmMountSmDataSm(this, mountSmData)),
+                        lastMount_);
   return mountSmData;
 }
 
@@ -496,7 +506,7 @@ void MountsRegistryEntrySm::mountSmDataDel(const SystemId& systemId) {
 
 void MountsRegistryEntrySm::mountSmDataSmIs(const Ptr<MountSmData>& mountSmData) {
   const Orm::ActivityScope scope;
-  OrmMountSmDataSm* const mount = mountSmDataSm_.find(mountSmData->systemId());
+  OrmMountSmDataSm* const mount = mountSmDataSm_.find(mountSmData->systemId(), lastMount_);
   mount->hasNotificationActiveIs(true);
   mount->handleMountState();
 }

@@ -198,7 +198,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void mountSmDataDel(const SystemId& systemId);
 
   OrmMountSmDataSm* mountSmDataSm(const SystemId& systemId) const {
-    return mountSmDataSm_.find(systemId);
+    return mountSmDataSm_.find(systemId, lastMount_);
   }
   /// Lets the record's reactor see its state, now and from now on.
   void mountSmDataSmIs(const Orm::Ptr<MountSmData>& mountSmData);
@@ -225,6 +225,10 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void admissionIs(const SystemId& systemId, Admission admission);
 
   void startMount(const Connection& connection, const Peer& peer);
+  const Orm::Ptr<Fennix::Dir>& prefixDir();
+  void handleMountState(const Mounter& mounter, const Connection& connection, MountState state,
+                        ServiceMountGroupStatus& groupStatus, MountStatus* mountStatus);
+  void updateSystemStatus(const Connection& connection, bool known);
   void updateSystemStatus(const Mounter& mounter, const Connection& connection, bool known);
   void handleMountTimeout(const OrmMountSmDataSm& mount) const;
   Orm::String displayName(const SystemId& systemId) const;
@@ -240,12 +244,17 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   OrmTimeoutClock timeoutClock_;
   MounterConfigSms mounterConfigSm_;
   MountSmDataSms mountSmDataSm_;
+  mutable MountSmDataSms::Hint lastMount_ = 0;
   ConnectionFilter connectionFilter_;
   VersionFilter versionFilter_;
   /// Why connected systems were refused; nothing is kept of those that were admitted.
   Orm::ValueCollection<SystemId, Admission> refused_;
   /// The real names of the services under which the registry machine has this one indexed.
   Orm::ValueCollection<Orm::String, bool> indexedService_;
+  /// The directory at the target path, as it was found when `prefixDirAsOf_` directories had left
+  /// the store; see prefixDir().
+  Orm::Ptr<Fennix::Dir> prefixDir_;
+  std::uint64_t prefixDirAsOf_ = 0;
   std::uint32_t timeoutPeriod_ = kTimeoutPeriod;
   bool wildcard_ = false;
   bool initialized_ = false;

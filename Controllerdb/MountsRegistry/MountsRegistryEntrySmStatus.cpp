@@ -98,23 +98,29 @@ void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
   const Ptr<ServiceMountGroupConfig const>& mountGroupConfig = mounter.mountGroupConfig();
   Orm::assertThat(mountGroupConfig,
                   "mountGroupConfig && \"mountGroupConfig does not exist for mounter\"");
-  const Ptr<ServiceMountGroupStatus> groupStatus(
-      systemStatus->serviceMountGroupStatus(mounter.groupName()));
+  const Ptr<ServiceMountGroupStatus> groupStatus(mounter.groupStatusIn(*systemStatus));
   if (!groupStatus) {
     REGISTRY_TRACE(8, "serviceMountGroupStatus does not exist for mounter");
     return;
   }
-  const MountConfig* const mountConfig = mountGroupConfig->mountConfig(entryName());
+  const bool configured = mounter.groupHas(entryName());
   // The "%s" before "config" has always stood in this text.
   REGISTRY_MESSAGE(5, kSignature, "group: %s mount: %s%%s config: %s", mounter.groupName(),
-                   entryName(), mountConfig != nullptr);
-  if (!mountConfig || state == MountState::unmounted ||
-      !mounterIsInterestedInConnection(mounter, connection)) {
-    groupStatus->mountStatusDel(entryName());
+                   entryName(), configured);
+  const bool wanted = configured && state != MountState::unmounted &&
+                      mounterIsInterestedInConnection(mounter, connection);
+  const Ptr<MountStatus> mountStatus(mounter.statusIn(*groupStatus, entryName()));
+  if (wanted == static_cast<bool>(mountStatus)) {
+    handleMountState(mounter, connection, state, *groupStatus, mountStatus.get());
   } else {
-    groupStatus->mountStatusIs(entryName());
+    if (wanted) {
+      groupStatus->mountStatusIs(entryName());
+    } else {
+      groupStatus->mountStatusDel(entryName());
+    }
+    // Whoever was told of that may have exchanged any of the statuses: they are looked for again.
+    handleMountState(mounter, connection, state);
   }
-  handleMountState(mounter, connection, state);
   groupStatus->processedIs(true);
 }
 
@@ -122,22 +128,28 @@ void MountsRegistryEntrySm::handleMountState(const Mounter& mounter, const Conne
                                              MountState state) {
   const Ptr<SystemStatus> systemStatus(mounter.serviceMountStatus()->systemStatus(connection.name));
   if (!systemStatus) return;
-  const Ptr<ServiceMountGroupStatus> groupStatus(
-      systemStatus->serviceMountGroupStatus(mounter.groupName()));
+  const Ptr<ServiceMountGroupStatus> groupStatus(mounter.groupStatusIn(*systemStatus));
   if (!groupStatus) return;
+  const Ptr<MountStatus> mountStatus(mounter.statusIn(*groupStatus, entryName()));
+  handleMountState(mounter, connection, state, *groupStatus, mountStatus.get());
+}
+
+void MountsRegistryEntrySm::handleMountState(const Mounter& mounter, const Connection& connection,
+                                             MountState state, ServiceMountGroupStatus& groupStatus,
+                                             MountStatus* mountStatus) {
   REGISTRY_MESSAGE(5,
                    "void Controller::MountsRegistryEntrySm::handleMountState(const PtrConst&, "
                    "const Controller::SystemId&, Controller::MountState)",
                    "%s mount state:%s connection:%s service:%s mountGroup:%s remote path:%s",
                    entryName(), state, connection.name, mounter.serviceName(), mounter.groupName(),
                    entryName());
-  if (const Ptr<MountStatus> mountStatus = groupStatus->mountStatus(entryName())) {
+  if (mountStatus) {
     if (state == MountState::mounted) {
       mountStatus->mountedPathIs(Fennix::ChildPath(registryEntry_->targetPath(), connection.name));
     }
     mountStatus->mountStateIs(state);
   }
-  updateMountGroupMountState(*mounter.mountGroupConfig(), *groupStatus, state);
+  updateMountGroupMountState(*mounter.mountGroupConfig(), groupStatus, state);
 }
 
 void MountsRegistryEntrySm::updateMountGroupMountState(
@@ -156,7 +168,11 @@ void MountsRegistryEntrySm::updateMountGroupMountState(
 }
 
 void MountsRegistryEntrySm::updateSystemStatus(const Connection& connection) {
-  const bool known = peer(connection.systemId) || oobStatus_->inactive().has(connection.systemId);
+  updateSystemStatus(connection,
+                     peer(connection.systemId) || oobStatus_->inactive().has(connection.systemId));
+}
+
+void MountsRegistryEntrySm::updateSystemStatus(const Connection& connection, bool known) {
   registryEntry_->mounter().walk(
       [&](const Mounter& mounter) { updateSystemStatus(mounter, connection, known); });
 }
@@ -173,7 +189,7 @@ void MountsRegistryEntrySm::updateSystemStatus(const Mounter& mounter, const Con
     return;
   }
   const Ptr<SystemStatus> systemStatus = status->systemStatusIs(connection.name);
-  if (systemStatus->serviceMountGroupStatus(mounter.groupName())) return;
+  if (mounter.groupStatusIn(*systemStatus)) return;
   REGISTRY_MESSAGE(5, kSignature, "Adding serviceMountGroupStatus for: %s", connection.name);
   systemStatus->serviceMountGroupStatusIs(mounter.groupName());
 }

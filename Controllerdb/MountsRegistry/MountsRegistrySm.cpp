@@ -275,6 +275,13 @@ std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
   return 0;
 }
 
+Connection MountsRegistrySm::formerConnection(const SystemId& systemId) {
+  if (lastFormer_.systemId != systemId || lastFormer_.name.empty()) {
+    lastFormer_ = Connection(systemId);
+  }
+  return lastFormer_;
+}
+
 const ServiceStatusDir* MountsRegistrySm::serviceStatusDir(const Peer& peer) const {
   const ControllerOob::ClientStatus* const client = oobStatus_->clientStatus(peer.clientAddress());
   return client ? client->serviceStatusDir().get() : nullptr;

@@ -91,6 +91,10 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
   std::uint32_t negotiatedServiceVersionForConnection(const Orm::String& serviceName,
                                                       const Connection& connection);
 
+  /// A system that is not connected any more, with its name. Formats and allocates only when it is
+  /// another one than last time: the mounts of a switch that has gone report one after the other.
+  Connection formerConnection(const SystemId& systemId);
+
   const Orm::Ptr<MountsRegistry>& mountsRegistry() const { return mountsRegistry_; }
   const Orm::Ptr<Heartbeat::Config const>& heartbeatConfig() const { return heartbeatConfig_; }
   const Orm::Ptr<Controllerdb::PublishStatus>& controllerdbPublishStatus() const {
@@ -181,6 +185,7 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
   ServiceIndex<MountsRegistryEntrySm> mountsOfService_;
   ServiceIndex<PublishRegistryEntrySm> publicationsOfService_;
   Orm::ValueCollection<Orm::String, Orm::String> realNameOfProxy_;
+  Connection lastFormer_{SystemId(), Orm::String()};
   std::uint64_t nextOrder_ = 0;
   bool mountMonitor_;
   bool initialized_ = false;

@@ -4,11 +4,6 @@ namespace Controller {
 
 using Orm::String;
 
-bool isProxyServiceName(const String& name) {
-  const std::size_t at = name.rfind(kProxySuffix);
-  return at != String::npos && at + kProxySuffix.size() == name.size();
-}
-
 String realServiceNameOfProxy(const String& name) {
   return name.substr(0, name.size() - kProxySuffix.size());
 }

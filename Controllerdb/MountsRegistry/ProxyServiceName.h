@@ -10,7 +10,9 @@ namespace Controller {
 inline constexpr std::string_view kProxySuffix = "-Proxy";
 
 /// True when the name's last "-Proxy" ends where the name ends; so is "-Proxy" itself.
-bool isProxyServiceName(const Orm::String& name);
+inline bool isProxyServiceName(const Orm::String& name) {
+  return name.view().ends_with(kProxySuffix);
+}
 
 /// The name without the suffix; only for names of which isProxyServiceName is true. Allocates.
 Orm::String realServiceNameOfProxy(const Orm::String& name);

@@ -17,7 +17,22 @@ String Dir::childPath(std::string_view name) const {
 
 void Dir::entityIs(const String& name, const Ptr<Entity>& entity) {
   Orm::assertThat(entity, "entity");
+  if (const Ptr<Entity>* present = entity_.find(name)) leaving(present->get());
   valueIs(entity_, Attr::entity, name, entity);
+}
+
+void Dir::entityDel(const String& name) {
+  if (const Ptr<Entity>* present = entity_.find(name)) leaving(present->get());
+  valueDel(entity_, Attr::entity, name);
+}
+
+void Dir::entityDelAll() {
+  const Ptr<Dir const> self(this);
+  entity_.walk([this](const String& name, const Ptr<Entity>&) { entityDel(name); });
+}
+
+void Dir::leaving(const Entity* entity) {
+  if (dynamic_cast<const Dir*>(entity)) ++departures_;
 }
 
 Ptr<Entity> Dir::createEntity(const String& type, const String& name) {

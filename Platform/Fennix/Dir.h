@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 #include "Platform/Orm/CollectionOwner.h"
@@ -11,7 +12,8 @@ namespace Fennix {
 /// Held by its parent's collection; the root by its maker. Its path starts with "/" and never
 /// changes. In a path that is looked up or created below a directory a leading "/" and empty
 /// components mean nothing. Loop thread only. A lookup costs one String and one hash search a
-/// component.
+/// component; who looks the same directory up again and again keeps it as long as departures()
+/// stays what it was.
 class Dir : public Orm::CollectionOwner, private Kobble::Counted<Dir> {
  public:
   struct Attr {
@@ -38,8 +40,8 @@ class Dir : public Orm::CollectionOwner, private Kobble::Counted<Dir> {
 
   /// Puts an entity in under `name`, in place of what is there.
   void entityIs(const Orm::String& name, const Orm::Ptr<Orm::Entity>& entity);
-  void entityDel(const Orm::String& name) { valueDel(entity_, Attr::entity, name); }
-  void entityDelAll() { valueDelAll(entity_, Attr::entity); }
+  void entityDel(const Orm::String& name);
+  void entityDelAll();
 
   /// The child of that name; a new one of the type (see TypeRegistry) when there is none.
   Orm::Ptr<Orm::Entity> createEntity(const Orm::String& type, const Orm::String& name);
@@ -50,7 +52,16 @@ class Dir : public Orm::CollectionOwner, private Kobble::Counted<Dir> {
   /// there is none.
   Orm::Ptr<Orm::Entity> lookup(std::string_view path) const;
 
+  /// Grows before a directory leaves the one that it stands in, in any tree of the process: while
+  /// it stays the same, each directory that was found below a root is still found there.
+  static std::uint64_t departures() { return departures_; }
+
  private:
+  /// Counts what is about to leave, when it is a directory.
+  static void leaving(const Orm::Entity* entity);
+
+  static inline constinit std::uint64_t departures_ = 0;
+
   Orm::String path_;
   Entities entity_;
 };

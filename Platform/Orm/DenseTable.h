@@ -44,8 +44,24 @@ class DenseTable {
     return at == kNowhere ? nullptr : slots_ + at;
   }
 
-  /// Appends a slot whose key is absent.
+  /// Where a member was found last. Never wrong, whatever has become of the table meanwhile: the
+  /// slot there is the member that is looked for, or the search is made.
+  using Hint = std::uint32_t;
+
+  /// The same for who looks for one member many times in a row: a compare, and no hashing.
+  Slot* find(const Key& key, Hint& hint) const {
+    if (hint < used_ && Traits::live(slots_[hint]) && Traits::key(slots_[hint]) == key) {
+      return slots_ + hint;
+    }
+    const std::uint32_t at = place(key);
+    if (at == kNowhere) return nullptr;
+    hint = at;
+    return slots_ + at;
+  }
+
+  /// Appends a slot whose key is absent; one that is present stops the process.
   Slot& insert(Slot slot) {
+    if (!index_) assertThat(place(Traits::key(slot)) == kNowhere, kDoubleKey);
     if (used_ == capacity_) makeRoom();
     Slot* const added = std::construct_at(slots_ + used_, std::move(slot));
     ++used_;
@@ -56,6 +72,9 @@ class DenseTable {
     }
     return *added;
   }
+
+  /// Where the member that was inserted last stands.
+  Hint last() const { return used_ - 1; }
 
   /// Takes the member out; the slot that is returned is not live when there was none.
   Slot take(const Key& key) {
@@ -120,6 +139,7 @@ class DenseTable {
  private:
   static constexpr std::uint32_t kLinear = 8;
   static constexpr std::uint32_t kNowhere = ~0U;
+  static constexpr const char* kDoubleKey = "!has( key )";
 
   /// While one exists no slot changes its place.
   class Walk {
@@ -177,9 +197,15 @@ class DenseTable {
   }
 
   void put(std::uint32_t at) {
-    const std::uint32_t hash = Traits::hash(Traits::key(slots_[at]));
+    const Key& key = Traits::key(slots_[at]);
+    const std::uint32_t hash = Traits::hash(key);
+    const std::uint32_t low = mask();
+    const std::uint32_t tag = hash << bits_;
     std::uint32_t i = home(hash);
-    while (index_[i] != 0) i = (i + 1) & mask();
+    for (std::uint32_t entry; (entry = index_[i]) != 0; i = (i + 1) & low) {
+      if ((entry & ~low) != tag) continue;
+      assertThat(!(Traits::key(slots_[(entry & low) - 1]) == key), kDoubleKey);
+    }
     index_[i] = entryOf(hash, at);
   }
 

@@ -25,11 +25,6 @@ std::optional<EthAddr> EthAddr::parse(std::string_view text) {
   return address;
 }
 
-std::uint32_t EthAddr::hash() const {
-  const std::uint64_t mixed = (value() ^ value() >> 23) * 0x9e3779b97f4a7c15ULL;
-  return static_cast<std::uint32_t>(mixed >> 32);
-}
-
 void EthAddr::write(char* to) const {
   static constexpr char kDigits[] = "0123456789abcdef";
   for (std::size_t group = 0; group != 6; ++group) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <compare>
 #include <cstdint>
 #include <string>
@@ -21,9 +22,17 @@ class IpAddr {
   std::uint32_t hash() const;
   void appendTo(std::string& out) const;
 
+  friend constexpr bool operator==(const IpAddr& a, const IpAddr& b) {
+    const auto left = std::bit_cast<Words>(a.bytes_);
+    const auto right = std::bit_cast<Words>(b.bytes_);
+    return left[0] == right[0] && left[1] == right[1];
+  }
   friend constexpr auto operator<=>(const IpAddr&, const IpAddr&) = default;
 
  private:
+  /// The bytes as they are compared for equality: without a call.
+  using Words = std::array<std::uint64_t, 2>;
+
   std::array<std::uint8_t, 16> bytes_{};
 };
 

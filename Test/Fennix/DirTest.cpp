@@ -192,6 +192,48 @@ TEST_F(DirTest, Lookup_OfADeepPath) {
   EXPECT_FALSE(root_->lookup(path + "/more"));
 }
 
+TEST_F(DirTest, Departures_CountDirectoriesThatLeave) {
+  const auto a = root_->createDir("a");
+  const Ptr<Dir> b = a->createDir("b");
+  a->createEntity("Test::Gauge", "gauge");
+  const std::uint64_t before = Dir::departures();
+  a->entityDel("gauge");
+  a->entityDel("nothing");
+  a->createDir("c");
+  EXPECT_EQ(before, Dir::departures()) << "no directory has left";
+  a->entityDel("b");
+  EXPECT_EQ(before + 1, Dir::departures());
+  a->entityIs("c", b);
+  EXPECT_EQ(before + 2, Dir::departures()) << "one that is replaced has left";
+  root_->entityDelAll();
+  EXPECT_EQ(before + 3, Dir::departures()) << "what goes with it is found nowhere from there on";
+}
+
+/// Looks a directory up while another one goes, and finds it where it still stands.
+class Seeker : public Orm::Reactor {
+ public:
+  explicit Seeker(const Ptr<Dir>& dir) : dir_(dir.get()) { watchedIs(dir); }
+  void onAttribute(Orm::AttributeId, const Orm::Key&) override {
+    if (!dir_->lookup("later")) return;
+    found = true;
+    departures = Dir::departures();
+  }
+  bool found = false;
+  std::uint64_t departures = 0;
+
+ private:
+  const Dir* dir_;
+};
+
+TEST_F(DirTest, Departures_AreCountedOneByOneWhenAllGo) {
+  root_->createDir("first");
+  root_->createDir("later");
+  const Seeker seeker(root_);
+  root_->entityDelAll();
+  EXPECT_TRUE(seeker.found);
+  EXPECT_LT(seeker.departures, Dir::departures()) << "what it found has left since";
+}
+
 TEST_F(DirTest, EachComponent_VisitsUntilItIsToldToStop) {
   std::vector<std::string> visited;
   const auto visit = [&](std::string_view component) {

@@ -162,7 +162,26 @@ TEST_F(MountsRegistryEntrySmConnectTest, RecordIsWatchedOnceTheMountHasBeenAsked
   mounts().onMadeIs(nullptr);
 }
 
+TEST_F(MountsRegistryEntrySmConnectTest, TargetThatIsReplaced_IsWhereLaterCopiesStand) {
+  group().path("topology/status", "T", "r", "/elsewhere/topology");
+  connect(kA, {{"Topology", 3}});
+  const Ptr<Orm::Dir> before = mountOfA().request().mountDir;
+  const Ptr<Orm::Dir> elsewhere = root()->entityAs<Orm::Dir>("elsewhere");
+  elsewhere->entityDel("topology");
+  const Ptr<Orm::Dir> after = elsewhere->createDir("topology");
+  connect(kB, {{"Topology", 3}});
+  EXPECT_NE(before, after);
+  EXPECT_EQ(after, mount(kB, "topology/status").request().mountDir);
+}
+
 using MountsRegistryEntrySmConnectDeathTest = MountsRegistryEntrySmConnectTest;
+
+TEST_F(MountsRegistryEntrySmConnectDeathTest, TargetThatHasGone_StopsTheProcess) {
+  group().path("topology/status", "T", "r", "/elsewhere/topology");
+  connect(kA, {{"Topology", 3}});
+  root()->entityDel("elsewhere");
+  EXPECT_DEATH(connect(kB, {{"Topology", 3}}), HasSubstr("assertion failed: prefixDir "));
+}
 
 TEST_F(MountsRegistryEntrySmConnectDeathTest, TargetThatIsMissing_StopsTheProcess) {
   const auto made = registry()->mountEntryIs("p", "/nowhere", "T", "r");

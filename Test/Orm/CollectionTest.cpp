@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -358,6 +359,43 @@ TEST_P(CollectionWalkTest, AMemberThatGoesChangesTheCollectionWhileItIsCleared) 
 TEST(CollectionDeathTest, Insert_OfNothingStopsTheProcess) {
   Things things;
   EXPECT_DEATH(things.insert(nullptr), "assertion failed: member");
+}
+
+TEST(CollectionTest, FindWithAHint_IsAsFindWhateverHappenedMeanwhile) {
+  Things things;
+  std::mt19937 random(7);
+  std::vector<Things::Hint> hints(40);
+  const auto change = [&] {
+    const String name = nameOf(static_cast<int>(random() % hints.size()));
+    if (random() % 200 == 0) things.clear();
+    if (things.take(name) || random() % 2 == 0) return;
+    things.insert(Orm::make<Thing>(name), hints[random() % hints.size()]);
+  };
+  const auto compare = [&] {
+    for (std::size_t number = 0; number != hints.size(); ++number) {
+      const String name = nameOf(static_cast<int>(number));
+      ASSERT_EQ(things.find(name), things.find(name, hints[number]));
+      ASSERT_EQ(things.find(name), things.find(name, hints[0])) << "a hint of any other";
+    }
+  };
+  for (int turn = 0; turn != 2000; ++turn) {
+    change();
+    compare();
+    if (turn % 20 != 0) continue;
+    things.walk([&](const Thing&) {
+      change();
+      compare();
+    });
+  }
+}
+
+TEST(CollectionTest, InsertWithAHint_FindsTheMemberAtOnce) {
+  Things things;
+  fill(things, 20);
+  Things::Hint hint = 0;
+  const Thing& last = things.insert(Orm::make<Thing>("last"), hint);
+  EXPECT_EQ(20U, hint);
+  EXPECT_EQ(&last, things.find("last", hint));
 }
 
 TEST(CollectionDeathTest, Insert_UnderAKeyThatIsThereStopsTheProcess) {

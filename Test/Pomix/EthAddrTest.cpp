@@ -41,8 +41,19 @@ TEST(EthAddrTest, Comparison_FollowsTheBytes) {
   const EthAddr low = EthAddr::fromValue(0x00ff'ffff'ffffU);
   const EthAddr high = EthAddr::fromValue(0x0100'0000'0000U);
   EXPECT_LT(low, high);
+  EXPECT_GT(high, low);
   EXPECT_EQ(low, EthAddr::fromValue(0x00ff'ffff'ffffU));
   EXPECT_NE(low, high);
+}
+
+TEST(EthAddrTest, Comparison_SeesEachByte) {
+  const EthAddr none;
+  for (unsigned byte = 0; byte != 6; ++byte) {
+    const EthAddr one = EthAddr::fromValue(std::uint64_t{0x80} << byte * 8);
+    EXPECT_NE(none, one) << byte;
+    EXPECT_LT(none, one) << byte;
+    EXPECT_EQ(one, EthAddr::fromValue(one.value())) << byte;
+  }
 }
 
 TEST(EthAddrTest, Hash_SpreadsNeighboursInTheTopBits) {

@@ -23,6 +23,7 @@ class FakeMountSm final : public Controller::MountSm, private Kobble::Counted<Fa
     Orm::Ptr<Controller::Heartbeat::Config const> heartbeatConfig;
     Orm::String remoteRoot;
     Orm::String remotePath;
+    Orm::Ptr<Fennix::Dir> mountDir;
     Orm::String mountPath;
     Orm::String ormType;
     Orm::String mountFlags;
@@ -103,8 +104,8 @@ class FakeMounts final : public Controller::MountSm::Factory {
 inline FakeMountSm::FakeMountSm(FakeMounts& mounts, const Controller::MountRequest& asked)
     : mounts_(mounts),
       request_{asked.systemId,   asked.connectionConfig, asked.heartbeatConfig, asked.remoteRoot,
-               asked.remotePath, asked.mountPath(),      asked.ormType,         asked.mountFlags,
-               asked.retries,    asked.timeout},
+               asked.remotePath, asked.mountDir,         asked.mountPath(),     asked.ormType,
+               asked.mountFlags, asked.retries,          asked.timeout},
       record_(asked.mountSmData) {
   mounts_.live_.push_back(this);
   this->asked("mount");

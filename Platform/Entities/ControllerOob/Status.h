@@ -23,8 +23,9 @@ class Status : public Orm::CollectionOwner, private Kobble::Counted<Status> {
   }
 
   const ClientStatuses& clientStatus() const { return clientStatus_; }
+  /// Cheapest for the one that was asked for last: one event concerns one connection.
   ClientStatus* clientStatus(const Pomix::IpAddrPort& address) const {
-    return clientStatus_.find(address);
+    return clientStatus_.find(address, lastFound_);
   }
   /// The first client status of a system, null when there is none. O(1).
   ClientStatus* clientStatusOfSystem(const Controller::SystemId& systemId) const;
@@ -52,6 +53,7 @@ class Status : public Orm::CollectionOwner, private Kobble::Counted<Status> {
 
   Orm::Ptr<Controller::PeerTable> peerTable_;
   ClientStatuses clientStatus_;
+  mutable ClientStatuses::Hint lastFound_ = 0;
   Orm::ValueCollection<Controller::SystemId, OfSystem> ofSystem_;
   InactiveClients inactive_;
 };

@@ -14,7 +14,8 @@ class PeerTable : public Orm::CollectionOwner, private Kobble::Counted<PeerTable
   using Peers = Orm::Collection<Orm::Ptr<Peer>, &Peer::systemId>;
 
   const Peers& peer() const { return peer_; }
-  Peer* peer(const SystemId& systemId) const { return peer_.find(systemId); }
+  /// Cheapest for the peer that was asked for last: one event asks for one peer many times.
+  Peer* peer(const SystemId& systemId) const { return peer_.find(systemId, lastFound_); }
 
   Orm::Ptr<Peer> peerIs(const SystemId& systemId, const Pomix::IpAddrPort& clientAddress);
   /// Puts in a peer that was built before, so that it is seen complete. Its key must be absent.
@@ -24,6 +25,7 @@ class PeerTable : public Orm::CollectionOwner, private Kobble::Counted<PeerTable
 
  private:
   Peers peer_;
+  mutable Peers::Hint lastFound_ = 0;
 };
 
 }  // namespace Controller

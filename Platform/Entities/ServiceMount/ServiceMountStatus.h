@@ -29,13 +29,13 @@ class ServiceMountStatus : public Orm::CollectionOwner,
   }
   void mountedPathPrefixDelAll() { valueDelAll(mountedPathPrefix_, Attr::mountedPathPrefix); }
 
-  /// Per switch, by the text form of its id.
+  /// Per switch, by the text form of its id. Cheapest for the switch that was asked for last.
   const SystemStatuses& systemStatus() const { return systemStatus_; }
   SystemStatus* systemStatus(const Orm::String& systemName) const {
-    return systemStatus_.find(systemName);
+    return systemStatus_.find(systemName, lastFound_);
   }
   Orm::Ptr<SystemStatus> systemStatusIs(const Orm::String& systemName) {
-    if (SystemStatus* present = systemStatus_.find(systemName)) return present;
+    if (SystemStatus* present = systemStatus(systemName)) return present;
     return memberIs(systemStatus_, Attr::systemStatus, Orm::make<SystemStatus>(systemName));
   }
   void systemStatusDel(const Orm::String& systemName) {
@@ -60,6 +60,7 @@ class ServiceMountStatus : public Orm::CollectionOwner,
   Orm::String serviceName_;
   PathPrefixes mountedPathPrefix_;
   SystemStatuses systemStatus_;
+  mutable SystemStatuses::Hint lastFound_ = 0;
   GroupFlags initialMountsComplete_;
 };
 
