@@ -79,6 +79,20 @@ void Invariants::check() {
   checkReadiness();
 }
 
+std::set<std::string> Invariants::untold() const {
+  std::set<std::string> names;
+  for (const Ptr<MountsRegistryEntry>& entry : world().mountsRegistry()->mountEntry()) {
+    for (const Ptr<Mounter>& mounter : entry->mounter()) {
+      for (const auto& [untold, systemId] : untold_) {
+        if (untold != mounter.get()) continue;
+        names.insert(mounter->serviceName().str() + ' ' + systemId.stringValue().str() + ' ' +
+                     entry->name().str());
+      }
+    }
+  }
+  return names;
+}
+
 void Invariants::readinessCame(std::string_view service, bool ready) {
   if (ready && simulation_.machines() && hasWaitingEntry(String(service))) seen_ = service;
 }

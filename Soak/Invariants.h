@@ -24,6 +24,9 @@ class Invariants {
   /// Before and after each patch, also one that is applied within another piece of work: what a
   /// later change of the same piece hides is seen.
   void patchCame();
+  /// "SERVICE SWITCH PATH" of mounters that were not told of a mount because their group had lost
+  /// its status.
+  std::set<std::string> untold() const;
   /// Within the notification that a service is ready, or is no longer; check() throws what is
   /// wrong.
   void readinessCame(std::string_view service, bool ready);

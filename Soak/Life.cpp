@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <ostream>
+#include <set>
 #include <sstream>
 #include <streambuf>
 #include <string>
@@ -137,6 +138,7 @@ class Run {
 
   std::uint64_t digest() const { return digest_.value(); }
   const Excuses& excuses() const { return excuses_; }
+  std::set<std::string> untold() const { return invariants_.untold(); }
   const Fabric::Model& model() const { return run_.simulation().model(); }
 
  private:
@@ -192,6 +194,7 @@ std::uint64_t live(std::string_view text, const Way& way, Note& note) {
   std::string state;
   Fabric::Model model;
   Excuses excuses;
+  std::set<std::string> untold;
   double settling = 0;
   {
     const Fabric::Document document = Fabric::Document::parse("soak.json", text);
@@ -202,10 +205,11 @@ std::uint64_t live(std::string_view text, const Way& way, Note& note) {
     digest = run.digest();
     model = run.model();
     excuses = run.excuses();
+    untold = run.untold();
   }
   requireNothingAlive(aliveBefore);
   if (settling < kSettled || excuses.isIncomparable()) return digest;
-  compareWithRebuilt(state, model, excuses);
+  compareWithRebuilt(state, model, excuses, untold);
   requireNothingAlive(aliveBefore);
   return digest;
 }

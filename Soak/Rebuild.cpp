@@ -39,8 +39,9 @@ std::string rebuiltState(const Model& model) {
 /// Compares the parts of two state documents, each where it stands.
 class Comparison {
  public:
-  Comparison(const Value& lived, const Value& rebuilt, const Model& model, const Excuses& excuses)
-      : lived_(lived), rebuilt_(rebuilt), model_(model), excuses_(excuses) {}
+  Comparison(const Value& lived, const Value& rebuilt, const Model& model, const Excuses& excuses,
+             const std::set<std::string>& untold)
+      : lived_(lived), rebuilt_(rebuilt), model_(model), excuses_(excuses), untold_(untold) {}
 
   void compare() {
     both("registry", [this](const Value* lived, const Value* rebuilt) {
@@ -159,6 +160,7 @@ class Comparison {
                       if (systemFilters(path) > 1) return;
                       if (isUnderWay(lived_, system, path) || isUnderWay(rebuilt_, system, path))
                         return;
+                      if (untold_.contains(service + ' ' + system + ' ' + path)) return;
                       if (excuses_.hasOtherOutcomes(SystemId::ofName(system))) return;
                       same(path, one, other);
                     });
@@ -248,15 +250,17 @@ class Comparison {
   const Value& rebuilt_;
   const Model& model_;
   const Excuses& excuses_;
+  const std::set<std::string>& untold_;
   std::vector<std::string> path_;
 };
 
 }  // namespace
 
-void compareWithRebuilt(const std::string& lived, const Model& model, const Excuses& excuses) {
+void compareWithRebuilt(const std::string& lived, const Model& model, const Excuses& excuses,
+                        const std::set<std::string>& untold) {
   const std::string rebuilt = rebuiltState(model);
   Comparison(Fabric::read("lived.json", lived), Fabric::read("rebuilt.json", rebuilt), model,
-             excuses)
+             excuses, untold)
       .compare();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "Fabric/Model.h"
@@ -22,6 +23,7 @@ namespace Soak {
 /// - statuses of mounts that are still under way, for mounters are told when the state changes;
 /// - statuses of a path that several services want by a system filter: one that gains or loses a
 ///   system that another includes decides nothing;
+/// - statuses that `untold` names (Invariants::untold);
 /// - the state of a group: it is that of the last change of one of its mounts;
 /// - statuses of published paths while the generations disagree: they stay when the gate closes;
 /// - what was named twice, where the first of the namers has it;
@@ -29,6 +31,6 @@ namespace Soak {
 ///   which services of theirs were processed;
 /// - a publication whose local entity has gone since.
 void compareWithRebuilt(const std::string& lived, const Fabric::Model& model,
-                        const Excuses& excuses);
+                        const Excuses& excuses, const std::set<std::string>& untold);
 
 }  // namespace Soak

@@ -201,8 +201,11 @@ void ServiceMountGroupSm::removeMountConfig(const String& path) {
 void ServiceMountGroupSm::doCleanup() {
   CONFIG_TRACE(8, "ServiceMountGroupSm::", "doCleanup");
   const Orm::ActivityScope scope;
-  mountGroupConfig_->mountConfig().walk(
-      [this](const MountConfig& config) { removeMountConfig(config.path()); });
+  const bool wasOpen = isOpen();
+  mountGroupConfig_->mountConfig().walk([this, wasOpen](const MountConfig& config) {
+    // Whoever was told of the first paths may have opened the gate again.
+    if (isOpen() == wasOpen) removeMountConfig(config.path());
+  });
 }
 
 }  // namespace Controller

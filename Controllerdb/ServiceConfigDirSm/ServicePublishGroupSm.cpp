@@ -239,7 +239,9 @@ void ServicePublishGroupSm::publishDirSmDel(const String& path) {
 }
 
 void ServicePublishGroupSm::publishDirSmDelAll() {
-  publishDirSm_.walk([this](PublishDirSm& dir) { publishDirSmDel(dir.path()); });
+  publishDirSm_.walk([this](PublishDirSm& dir) {
+    if (!gateOpen_) publishDirSmDel(dir.path());
+  });
 }
 
 // ---- clean up
@@ -248,9 +250,11 @@ void ServicePublishGroupSm::doCleanup() {
   CONFIG_TRACE(8, "ServicePublishGroupSm::", "doCleanup");
   const Orm::ActivityScope scope;
   gateOpen_ = false;
-  publishGroupConfig_->publishConfig().walk(
-      [this](const PublishConfig& config) { removePublishConfig(config.path()); });
-  publishDirSmDelAll();
+  // Whoever was told of the first paths may have opened the gate again.
+  publishGroupConfig_->publishConfig().walk([this](const PublishConfig& config) {
+    if (!gateOpen_) removePublishConfig(config.path());
+  });
+  if (!gateOpen_) publishDirSmDelAll();
 }
 
 void ServicePublishGroupSm::doFinalCleanup() {
