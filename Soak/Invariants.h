@@ -39,6 +39,7 @@ class Invariants {
 
   void checkRegistryMachine() const;
   void checkIndexes() const;
+  void checkTimers() const;
   // ---- mounts
   void checkEntry(const Entry& entry, const EntrySm& machine);
   void checkFilters(const Truth::Filters& filters, const EntrySm& machine) const;
