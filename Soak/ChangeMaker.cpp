@@ -4,16 +4,13 @@
 
 #include "Fabric/GroupView.h"
 #include "Fabric/ServiceView.h"
-#include "Fabric/SwitchView.h"
 #include "Soak/Tree.h"
 
 namespace Soak {
 
 using Fabric::Block;
 using Fabric::GroupView;
-using Fabric::ServiceBlockView;
 using Fabric::ServiceView;
-using Fabric::SwitchView;
 
 namespace {
 
@@ -217,7 +214,9 @@ Fabric::Value ChangeMaker::someBehaviour() {
   behaviour.set("delay", Value(random_.pick(kDelays)));
   behaviour.set("outcome", Value(random_.pick(kOutcomes)));
   if (random_.chance(3) && !names_.mounts.empty()) {
-    behaviour.set("paths", tree(random_.pick(names_.mounts).path, Value(random_.pick(kOutcomes))));
+    // One after the other: compilers differ in the order of arguments.
+    const std::string& path = random_.pick(names_.mounts).path;
+    behaviour.set("paths", tree(path, Value(random_.pick(kOutcomes))));
   }
   return Value(std::move(behaviour));
 }

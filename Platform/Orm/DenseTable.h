@@ -61,7 +61,7 @@ class DenseTable {
 
   /// Appends a slot whose key is absent; one that is present stops the process.
   Slot& insert(Slot slot) {
-    if (!index_) assertThat(place(Traits::key(slot)) == kNowhere, kDoubleKey);
+    if (!index_) assertThat(place(Traits::key(slot)) == kNowhere, "!has( key )");
     if (used_ == capacity_) makeRoom();
     Slot* const added = std::construct_at(slots_ + used_, std::move(slot));
     ++used_;
@@ -139,7 +139,6 @@ class DenseTable {
  private:
   static constexpr std::uint32_t kLinear = 8;
   static constexpr std::uint32_t kNowhere = ~0U;
-  static constexpr const char* kDoubleKey = "!has( key )";
 
   /// While one exists no slot changes its place.
   class Walk {
@@ -204,7 +203,7 @@ class DenseTable {
     std::uint32_t i = home(hash);
     for (std::uint32_t entry; (entry = index_[i]) != 0; i = (i + 1) & low) {
       if ((entry & ~low) != tag) continue;
-      assertThat(!(Traits::key(slots_[(entry & low) - 1]) == key), kDoubleKey);
+      assertThat(!(Traits::key(slots_[(entry & low) - 1]) == key), "!has( key )");
     }
     index_[i] = entryOf(hash, at);
   }
