@@ -145,17 +145,13 @@ void InitialMountSm::handleServiceMount(const String& name) {
   if (mountStatusDir_) status = mountStatusDir_->entityAs<ServiceMountStatus>(name);
   const bool present = serviceInitialMountSm_.has(name);
   if (config && status) {
-    if (present || inMaking_.has(name)) return;
+    if (present) return;
     INITIAL_TRACE(8, "handleServiceMount", "(", name, "): creating serviceInitialMountSm");
-    if (!serviceInitialMountSmIs(name, config, status, connectionPeriodIs(), oobStatus_,
-                                 controllerdbStatus_)) {
-      handleServiceMount(name);  // it may be wanted again
-    }
+    serviceInitialMountSmIs(name, config, status, connectionPeriodIs(), oobStatus_,
+                            controllerdbStatus_);
   } else if (present) {
     INITIAL_TRACE(8, "handleServiceMount", "(", name, "): deleting serviceInitialMountSm");
     serviceInitialMountSmDel(name);
-  } else {
-    inMaking_.gone(name);
   }
 }
 
@@ -167,20 +163,12 @@ Ptr<ServiceInitialMountSm> InitialMountSm::serviceInitialMountSmIs(
     const Ptr<ControllerOob::Status const>& oobStatus,
     const Ptr<Controllerdb::Status const>& controllerdbStatus) {
   if (ServiceInitialMountSm* present = serviceInitialMountSm_.find(name)) return present;
-  if (inMaking_.has(name)) return nullptr;
-  inMaking_.begin(name);
-  Ptr<ServiceInitialMountSm> machine = serviceInitialMountSmFactory(
-      name, config, status, connectionPeriod, oobStatus, controllerdbStatus);
-  if (!inMaking_.end(name)) {
-    machine->doCleanup();
-    return nullptr;
-  }
-  serviceInitialMountSm_.insert(machine);
-  return machine;
+  return Orm::childIs(serviceInitialMountSm_,
+                      serviceInitialMountSmFactory(name, config, status, connectionPeriod,
+                                                   oobStatus, controllerdbStatus));
 }
 
 void InitialMountSm::serviceInitialMountSmDel(const String& name) {
-  inMaking_.gone(name);
   const Ptr<ServiceInitialMountSm> gone = serviceInitialMountSm_.take(name);
   if (gone) gone->doCleanup();
 }

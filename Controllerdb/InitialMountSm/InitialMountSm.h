@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Controllerdb/InitialMountSm/ChildrenInMaking.h"
 #include "Controllerdb/InitialMountSm/ConnectionPeriod.h"
 #include "Controllerdb/InitialMountSm/InitialSwitchSet.h"
 #include "Controllerdb/InitialMountSm/ServiceInitialMountSm.h"
@@ -115,7 +114,6 @@ class InitialMountSm : public Orm::Sm, private Kobble::Counted<InitialMountSm> {
   Orm::Ptr<ConnectionPeriod> connectionPeriod_;
   Orm::Ptr<InitialSwitchSet> initialSwitchSet_;
   ServiceInitialMountSms serviceInitialMountSm_;
-  ChildrenInMaking inMaking_;
   bool initialized_ = false;
 };
 

@@ -43,6 +43,9 @@ MountGroupInitialMountSm::MountGroupInitialMountSm(
       mountClock_(this),
       attrlogFlushTimer_(this) {
   connectionPeriod_.notifierIs(connectionPeriod);
+}
+
+void MountGroupInitialMountSm::start() {
   ormServiceMountStatus_.notifierIs(serviceMountStatus_);
   handleInitialized();
 }

@@ -119,6 +119,10 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
   /// The mount group's name.
   const Orm::String& name() const { return name_; }
 
+  /// Deals with what is present. Once, by the parent, which holds the
+  /// machine by then, so that whoever is told of what it does may take it away again.
+  void start();
+
   void hasNotificationActiveIs(bool active) override;
 
   // ---- reactions

@@ -32,7 +32,9 @@ ServiceInitialMountSm::ServiceInitialMountSm(String key,
       oobStatus_(std::move(oobStatus)),
       controllerdbStatus_(std::move(controllerdbStatus)),
       ormControllerdbStatus_(this),
-      ormServiceMountConfig_(this) {
+      ormServiceMountConfig_(this) {}
+
+void ServiceInitialMountSm::start() {
   ormControllerdbStatus_.notifierIs(controllerdbStatus_);
   ormServiceMountConfig_.notifierIs(serviceMountConfig_);
   handleInitialized();
@@ -93,11 +95,7 @@ void ServiceInitialMountSm::handleMountGroupConfig(const String& groupName) {
   INITIAL_TRACE(8, "ServiceInitialMountSm::", "handleMountGroupConfig", " ", groupName);
   if (serviceMountConfig_->mountGroupConfig(groupName)) {
     INITIAL_TRACE(8, "handleMountGroupConfig", ": adding mountGroupInitialMountSm");
-    if (inMaking_.has(groupName)) return;
-    if (!mountGroupInitialMountSmIs(groupName, serviceMountStatus_, oobStatus_,
-                                    connectionPeriod_)) {
-      handleMountGroupConfig(groupName);  // it may be wanted again
-    }
+    mountGroupInitialMountSmIs(groupName, serviceMountStatus_, oobStatus_, connectionPeriod_);
   } else {
     mountGroupInitialMountSmDel(groupName);
   }
@@ -112,26 +110,17 @@ Ptr<MountGroupInitialMountSm> ServiceInitialMountSm::mountGroupInitialMountSmIs(
   if (MountGroupInitialMountSm* present = mountGroupInitialMountSm_.find(groupName)) {
     return present;
   }
-  if (inMaking_.has(groupName)) return nullptr;
-  inMaking_.begin(groupName);
-  Ptr<MountGroupInitialMountSm> machine =
-      mountGroupInitialMountSmFactory(groupName, serviceMountStatus, oobStatus, connectionPeriod);
-  if (!inMaking_.end(groupName)) {
-    machine->doCleanup();
-    return nullptr;
-  }
-  mountGroupInitialMountSm_.insert(machine);
-  return machine;
+  return Orm::childIs(
+      mountGroupInitialMountSm_,
+      mountGroupInitialMountSmFactory(groupName, serviceMountStatus, oobStatus, connectionPeriod));
 }
 
 void ServiceInitialMountSm::mountGroupInitialMountSmDel(const String& groupName) {
-  inMaking_.gone(groupName);
   const Ptr<MountGroupInitialMountSm> gone = mountGroupInitialMountSm_.take(groupName);
   if (gone) gone->doCleanup();
 }
 
 void ServiceInitialMountSm::mountGroupInitialMountSmDelAll() {
-  inMaking_.allGone();
   mountGroupInitialMountSm_.walk(
       [this](MountGroupInitialMountSm& group) { mountGroupInitialMountSmDel(group.name()); });
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Controllerdb/InitialMountSm/ChildrenInMaking.h"
 #include "Controllerdb/InitialMountSm/MountGroupInitialMountSm.h"
 #include "Platform/Entities/Controllerdb/Status.h"
 #include "Platform/Entities/ServiceMount/ServiceMountConfig.h"
@@ -39,6 +38,10 @@ class ServiceInitialMountSm : public Orm::Sm, private Kobble::Counted<ServiceIni
 
   const Orm::String& key() const { return key_; }
 
+  /// Registers on what it watches and deals with what is present. Once, by the parent, which holds
+  /// the machine by then, so that whoever is told of what it does may take it away again.
+  void start();
+
   void hasNotificationActiveIs(bool active) override;
 
   void handleInitialized();
@@ -75,7 +78,6 @@ class ServiceInitialMountSm : public Orm::Sm, private Kobble::Counted<ServiceIni
   OrmControllerdbStatus ormControllerdbStatus_;
   OrmServiceMountConfig ormServiceMountConfig_;
   MountGroupInitialMountSms mountGroupInitialMountSm_;
-  ChildrenInMaking inMaking_;
   bool initialized_ = false;
 };
 

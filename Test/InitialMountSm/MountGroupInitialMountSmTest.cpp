@@ -137,6 +137,7 @@ TEST_F(MountGroupInitialMountSmTest, NoOobStatus_HasNoPeerTable) {
   const auto period = Orm::make<ConnectionPeriod>();
   const auto machine =
       mountGroupInitialMountSmFactory(kGroup, topology_.statusPtr(), nullptr, period);
+  machine->start();
   EXPECT_EQ(machine->peerTable(), nullptr);
   period->completeIs(true);
   EXPECT_TRUE(isComplete());
