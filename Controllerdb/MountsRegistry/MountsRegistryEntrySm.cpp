@@ -167,14 +167,8 @@ Ptr<ServiceVersionFilter> MountsRegistryEntrySm::versionFilterIs(const String& s
 
 // ---- react: connections
 
-Peer* MountsRegistryEntrySm::peer(const SystemId& systemId) const {
-  const Ptr<PeerTable>& table = oobStatus_->peerTable();
-  return table ? table->peer(systemId) : nullptr;
-}
-
 Connection MountsRegistryEntrySm::connectionOf(const SystemId& systemId) const {
-  const Peer* const connected = peer(systemId);
-  return connected ? Connection(*connected) : mountsRegistrySm_->formerConnection(systemId);
+  return mountsRegistrySm_->connectionOf(systemId);
 }
 
 void MountsRegistryEntrySm::handleSwitchConnection() {
@@ -192,7 +186,8 @@ void MountsRegistryEntrySm::handleSwitchConnection(const SystemId& systemId) {
   handleSwitchConnection(connectionOf(systemId));
 }
 
-void MountsRegistryEntrySm::handleSwitchConnection(const Connection& connection) {
+// Flattened: every entry decides every connection, and the calls would cost more than the decision.
+[[gnu::flatten]] void MountsRegistryEntrySm::handleSwitchConnection(const Connection& connection) {
   REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "handleSwitchConnection", " ", entryName(),
                  " Peer:", connection.name);
   if (!initialized_) return;
@@ -202,14 +197,14 @@ void MountsRegistryEntrySm::handleSwitchConnection(const Connection& connection)
                      "void Controller::MountsRegistryEntrySm::handleSwitchConnection(const "
                      "Controller::SystemId&)",
                      " connection:%s registered:%s", connection.name, "false");
+    admissionIs(connection.systemId, Admission::admitted);
     // Until it is looked at again: the mount may still be on its way out when it comes back.
-    admissionIs(connection.systemId,
-                mountSm(connection.systemId) ? Admission::undecided : Admission::admitted);
+    if (OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId)) mount->leaving_ = true;
     doDisconnectSwitch(connection);
     updateSystemStatus(connection);
     return;
   }
-  updateSystemStatus(connection, true);
+  if (!hasSystemStatus(connection)) updateSystemStatus(connection, true);
   const Admission admission =
       connected->connectionConfig() ? decide(connection) : Admission::noConnectionConfig;
   admissionIs(connection.systemId, admission);
@@ -286,76 +281,19 @@ bool MountsRegistryEntrySm::connectionMatchesVersionFilter(const Connection& con
   return false;
 }
 
-bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceName,
-                                                         const String& connection) {
-  return matchingServiceVersionFilter(serviceName, Connection(connection));
-}
-
-bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceName,
-                                                         const Connection& connection) {
-  static constexpr char kSignature[] =
-      "bool Controller::MountsRegistryEntrySm::matchingServiceVersionFilter(const String&, const "
-      "String&)";
-  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "matchingServiceVersionFilter", " ", serviceName,
-                 " ", connection.name);
-  const ServiceVersionFilter* const filter = versionFilter_.find(serviceName);
-  if (!filter) {
-    REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "matchingServiceVersionFilter",
-                   " no version filter for service ", serviceName);
-    return false;
-  }
-  const std::uint32_t version =
-      mountsRegistrySm_->negotiatedServiceVersionForConnection(serviceName, connection);
-  if (version == 0) {
-    REGISTRY_MESSAGE(5, kSignature, " no version service:%s connection:%s", serviceName,
-                     connection.name);
-    return false;
-  }
-  if (mountsRegistryTrace.enabled(8)) {
-    for (const auto& supported : filter->version()) {
-      REGISTRY_TRACE(8, "Supported version for ", serviceName, " for ", connection.name, " ",
-                     supported.key);
-    }
-  }
-  if (filter->version().value(version)) {
-    REGISTRY_MESSAGE(5, kSignature, " matched version:%s service:%s connection:%s", version,
-                     serviceName, connection.name);
-    return true;
-  }
-  REGISTRY_MESSAGE(5, kSignature, " version:%s not in filter service:%s connection:%s", version,
-                   serviceName, connection.name);
-  return false;
-}
-
-bool MountsRegistryEntrySm::mounterIsInterestedInConnection(const Mounter& mounter,
-                                                            const String& connection) {
-  return mounterIsInterestedInConnection(mounter, Connection(connection));
-}
-
-Admission MountsRegistryEntrySm::interestOf(const Mounter& mounter, const Connection& connection) {
-  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "mounterIsInterestedInConnection", " ", entryName());
-  const Ptr<ServiceMountGroupConfig const>& group = mounter.mountGroupConfig();
-  if (!group) return Admission::admitted;
-  const bool included = !group->systemFilter() || group->systemFilter()->includes(connection.name);
-  // The version is tested, and its messages written, for a system that is left out as well.
-  const bool matching =
-      !group->versionFilter() || matchingServiceVersionFilter(mounter.serviceName(), connection);
-  if (!included) return Admission::systemNotInFilter;
-  return matching ? Admission::admitted : Admission::versionNotInFilter;
-}
-
 void MountsRegistryEntrySm::admissionIs(const SystemId& systemId, Admission admission) {
-  if (admission == Admission::admitted) {
-    refused_.erase(systemId);
-  } else {
+  if (admission != Admission::admitted) {
     refused_.set(systemId, admission);
+  } else if (!refused_.empty()) {
+    refused_.erase(systemId);
   }
 }
 
 Admission MountsRegistryEntrySm::admission(const SystemId& systemId) const {
   if (!peer(systemId)) return Admission::notConnected;
   if (const Admission* refusal = refused_.find(systemId)) return *refusal;
-  return mountSm(systemId) ? Admission::admitted : Admission::undecided;
+  const OrmMountSmDataSm* const mount = mountSmDataSm(systemId);
+  return mount && mount->mountSm() && !mount->leaving_ ? Admission::admitted : Admission::undecided;
 }
 
 Admission MountsRegistryEntrySm::mounterAdmission(const Mounter& mounter,
@@ -377,11 +315,12 @@ void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection) {
   OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId);
   if (!mount || !mount->mountSm()) {
     REGISTRY_MESSAGE(5, kSignature, " mounting:%s from:%s", entryName(), connection.name);
-    startMount(connection, *connected);
+    startMount(connection, *connected, mount);
     return;
   }
+  mount->leaving_ = false;
   const Ptr<MountSm> mountSm = mount->mountSm();
-  if (mount->mountSmData()->mountState() == MountState::mounted && !mountSm->pendingRequest()) {
+  if (mount->record().mountState() == MountState::mounted && !mountSm->pendingRequest()) {
     REGISTRY_MESSAGE(5, kSignature, " updating status:%s from:%s", entryName(), connection.name);
     updateMountersStatus(connection, MountState::mounted);
     return;
@@ -391,12 +330,14 @@ void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection) {
   mountSm->doRemount();
 }
 
-void MountsRegistryEntrySm::startMount(const Connection& connection, const Peer& peer) {
+void MountsRegistryEntrySm::startMount(const Connection& connection, const Peer& peer,
+                                       OrmMountSmDataSm* mount) {
   const MountsRegistry& registry = *registryEntry_->mountsRegistry();
   const Ptr<Fennix::Dir> prefixDir = this->prefixDir();
   Orm::assertThat(prefixDir, "prefixDir");
   REGISTRY_TRACE(8, "targetPath=", prefixDir->childPath(connection.name.view()));
-  const Ptr<MountSmData> mountSmData = mountSmDataIs(connection.systemId, "");
+  if (!mount) mount = &newMount(connection.systemId, String());
+  const Ptr<MountSmData> mountSmData = mount->mountSmData();
   const std::uint32_t retries = registry.reconnectRetries();
   const Orm::Seconds timeout = registry.mountTimeout();
   mountSmIs({.systemId = connection.systemId,
@@ -474,15 +415,12 @@ MountSm* MountsRegistryEntrySm::mountSm(const SystemId& systemId) const {
 }
 
 void MountsRegistryEntrySm::mountSmIs(const MountRequest& request) {
-  OrmMountSmDataSm* const mount = mountSmDataSm_.find(request.systemId, lastMount_);
-  if (mount->mountSm_) return;
-  Ptr<MountSm> made = MountSm::MountSmIs(request);
-  mountSmDataSm_.find(request.systemId, lastMount_)->mountSm_ = std::move(made);
+  OrmMountSmDataSm* const mount = mountSmDataSm(request.systemId);
+  if (!mount->mountSm_) mount->mountSm_ = MountSm::MountSmIs(request);
 }
 
 void MountsRegistryEntrySm::mountSmDel(const SystemId& systemId) {
-  OrmMountSmDataSm* const mount = mountSmDataSm_.find(systemId, lastMount_);
-  if (mount) mount->mountSm_ = nullptr;
+  if (OrmMountSmDataSm* const mount = mountSmDataSm(systemId)) mount->mountSm_ = nullptr;
 }
 
 Ptr<MountSmData> MountsRegistryEntrySm::mountSmData(const SystemId& systemId) const {
@@ -492,21 +430,24 @@ Ptr<MountSmData> MountsRegistryEntrySm::mountSmData(const SystemId& systemId) co
 
 Ptr<MountSmData> MountsRegistryEntrySm::mountSmDataIs(const SystemId& systemId,
                                                       const String& text) {
-  if (Ptr<MountSmData> present = mountSmData(systemId)) return present;
-  Ptr<MountSmData> mountSmData = Orm::make<MountSmData>(systemId, text);
-  mountSmDataSm_.insert(Orm::Owned<OrmMountSmDataSm>(new OrmMountSmDataSm(this, mountSmData)),
-                        lastMount_);
-  return mountSmData;
+  OrmMountSmDataSm* const present = mountSmDataSm(systemId);
+  return (present ? *present : newMount(systemId, text)).mountSmData();
+}
+
+MountsRegistryEntrySm::OrmMountSmDataSm& MountsRegistryEntrySm::newMount(const SystemId& systemId,
+                                                                         const String& text) {
+  return mountSmDataSm_.insert(Orm::Owned<OrmMountSmDataSm>(new OrmMountSmDataSm(
+                                   this, Orm::make<MountSmData>(systemId, text))),
+                               lastMount_);
 }
 
 void MountsRegistryEntrySm::mountSmDataDel(const SystemId& systemId) {
-  if (!peer(systemId)) refused_.erase(systemId);
-  mountSmDataSm_.take(systemId);
+  mountSmDataSm_.take(systemId, lastMount_);
 }
 
 void MountsRegistryEntrySm::mountSmDataSmIs(const Ptr<MountSmData>& mountSmData) {
   const Orm::ActivityScope scope;
-  OrmMountSmDataSm* const mount = mountSmDataSm_.find(mountSmData->systemId(), lastMount_);
+  OrmMountSmDataSm* const mount = mountSmDataSm(mountSmData->systemId());
   mount->hasNotificationActiveIs(true);
   mount->handleMountState();
 }

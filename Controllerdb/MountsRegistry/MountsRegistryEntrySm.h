@@ -58,7 +58,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
     OrmMountSmDataSm(MountsRegistryEntrySm* owner, const Orm::Ptr<MountSmData>& mountSmData);
     ~OrmMountSmDataSm() override = default;
 
-    const SystemId& systemId() const { return notifier()->systemId(); }
+    const SystemId& systemId() const { return record().systemId(); }
     /// The record; the mount machine writes it, so it is handed out to be written.
     Orm::Ptr<MountSmData> mountSmData() const { return const_cast<MountSmData*>(notifier()); }
     /// Null until it has been made, and once it has been let go.
@@ -73,9 +73,12 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
    private:
     friend class MountsRegistryEntrySm;
 
+    const MountSmData& record() const { return *notifier(); }
+
     Orm::Ptr<MountSm> mountSm_;
     MountState lastMountState_ = MountState::unmounted;
     bool askedAgain_ = false;  // since the mounters were told of the last state
+    bool leaving_ = false;     // its switch has gone, and was not decided since
   };
 
   /// Seconds until a slow or failed mount is reported.
@@ -211,7 +214,10 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
  private:
   void handleInitialized();
 
-  Peer* peer(const SystemId& systemId) const;
+  Peer* peer(const SystemId& systemId) const {
+    const Orm::Ptr<PeerTable>& table = oobStatus_->peerTable();
+    return table ? table->peer(systemId) : nullptr;
+  }
   Connection connectionOf(const SystemId& systemId) const;
   void indexMounter(const Orm::String& serviceName);
   void leaveIndex();
@@ -224,10 +230,12 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   Admission interestOf(const Mounter& mounter, const Connection& connection);
   void admissionIs(const SystemId& systemId, Admission admission);
 
-  void startMount(const Connection& connection, const Peer& peer);
+  void startMount(const Connection& connection, const Peer& peer, OrmMountSmDataSm* mount);
+  OrmMountSmDataSm& newMount(const SystemId& systemId, const Orm::String& text);
   const Orm::Ptr<Fennix::Dir>& prefixDir();
   void handleMountState(const Mounter& mounter, const Connection& connection, MountState state,
                         ServiceMountGroupStatus& groupStatus, MountStatus* mountStatus);
+  bool hasSystemStatus(const Connection& connection) const;
   void updateSystemStatus(const Connection& connection, bool known);
   void updateSystemStatus(const Mounter& mounter, const Connection& connection, bool known);
   void handleMountTimeout(const OrmMountSmDataSm& mount) const;

@@ -2,8 +2,8 @@
 #include "Controllerdb/MountsRegistry/MountsRegistrySm.h"
 #include "Controllerdb/MountsRegistry/MountsRegistryTrace.h"
 
-// What the machine of a mount entry makes of its mounts' reports: the services' status, and the
-// report of mounts that take too long.
+// What the machine of a mount entry makes of its mounts' reports: which mounters they interest, the
+// services' status, and the report of mounts that take too long.
 namespace Controller {
 
 using Orm::Ptr;
@@ -32,14 +32,15 @@ void MountsRegistryEntrySm::OrmMountSmDataSm::onAttribute(Orm::AttributeId attri
   if (attribute == MountSmData::Attr::mountState) handleMountState();
 }
 
-void MountsRegistryEntrySm::OrmMountSmDataSm::handleMountState() {
-  const Ptr<MountSmData> record = mountSmData();
-  const MountState state = record->mountState();
+// Flattened: what a mount's report leads to is spread over many small functions, whose calls would
+// cost more than what they do.
+[[gnu::flatten]] void MountsRegistryEntrySm::OrmMountSmDataSm::handleMountState() {
+  const MountState state = record().mountState();
   REGISTRY_MESSAGE(5,
                    "void Controller::MountsRegistryEntrySm::OrmMountSmDataSm::handleMountState()",
                    "%s connection:%s oldMountState:%s newMountState:%s", owner()->entryName(),
                    systemId(), lastMountState_, state);
-  const Connection connection = owner()->connectionOf(systemId());
+  const Connection connection = owner()->mountsRegistrySm()->connectionOf(systemId());
   askedAgain_ = false;
   owner()->updateMountersStatus(connection, state);
   if (isDeleted()) return;  // who was told of the status has taken the mount away
@@ -50,7 +51,7 @@ void MountsRegistryEntrySm::OrmMountSmDataSm::handleMountState() {
   if (lastMountState_ == MountState::unmounted || state != MountState::unmounted) {
     lastMountState_ = state;
   } else {
-    const Ptr<MountSm> mountSm = owner()->mountSm(systemId());
+    const Ptr<MountSm> mountSm = mountSm_;
     Orm::assertThat(mountSm, "mountsRegistryEntrySm()->mountSm( connectionId )");
     REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "handleMountState", ": Deleting mountSm for ",
                    connection.name);
@@ -66,8 +67,68 @@ void MountsRegistryEntrySm::OrmMountSmDataSm::handleMountStateTimer() {
   REGISTRY_TRACE(8,
                  "void Controller::MountsRegistryEntrySm::OrmMountSmDataSm::"
                  "handleMountStateTimer()");
-  const MountState state = mountSmData()->mountState();
+  const MountState state = record().mountState();
   if (state == MountState::mounting || state == MountState::failed) owner()->startMountTimer();
+}
+
+// ---- a mounter's interest
+
+bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceName,
+                                                         const String& connection) {
+  return matchingServiceVersionFilter(serviceName, Connection(connection));
+}
+
+bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceName,
+                                                         const Connection& connection) {
+  static constexpr char kSignature[] =
+      "bool Controller::MountsRegistryEntrySm::matchingServiceVersionFilter(const String&, const "
+      "String&)";
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "matchingServiceVersionFilter", " ", serviceName,
+                 " ", connection.name);
+  const ServiceVersionFilter* const filter = versionFilter_.find(serviceName);
+  if (!filter) {
+    REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "matchingServiceVersionFilter",
+                   " no version filter for service ", serviceName);
+    return false;
+  }
+  const std::uint32_t version =
+      mountsRegistrySm_->negotiatedServiceVersionForConnection(serviceName, connection);
+  if (version == 0) {
+    REGISTRY_MESSAGE(5, kSignature, " no version service:%s connection:%s", serviceName,
+                     connection.name);
+    return false;
+  }
+  if (mountsRegistryTrace.enabled(8)) {
+    for (const auto& supported : filter->version()) {
+      REGISTRY_TRACE(8, "Supported version for ", serviceName, " for ", connection.name, " ",
+                     supported.key);
+    }
+  }
+  if (filter->version().value(version)) {
+    REGISTRY_MESSAGE(5, kSignature, " matched version:%s service:%s connection:%s", version,
+                     serviceName, connection.name);
+    return true;
+  }
+  REGISTRY_MESSAGE(5, kSignature, " version:%s not in filter service:%s connection:%s", version,
+                   serviceName, connection.name);
+  return false;
+}
+
+bool MountsRegistryEntrySm::mounterIsInterestedInConnection(const Mounter& mounter,
+                                                            const String& connection) {
+  return mounterIsInterestedInConnection(mounter, Connection(connection));
+}
+
+Admission MountsRegistryEntrySm::interestOf(const Mounter& mounter, const Connection& connection) {
+  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "mounterIsInterestedInConnection", " ", entryName());
+  const Ptr<ServiceMountGroupConfig const>& group = mounter.mountGroupConfig();
+  if (!group) return Admission::admitted;
+  const bool included = !group->systemFilter() || group->systemFilter()->includes(connection.name);
+  // The version is tested, and its messages written, for a system that is left out as well.
+  const bool matching =
+      !group->versionFilter() || matchingServiceVersionFilter(mounter.serviceName(), connection);
+  if (!included) return Admission::systemNotInFilter;
+  return matching ? Admission::admitted : Admission::versionNotInFilter;
 }
 
 // ---- the services' status
@@ -90,7 +151,7 @@ void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
                    mounter.mounterName(), connection.name, state);
   const Ptr<ServiceMountStatus>& serviceMountStatus = mounter.serviceMountStatus();
   Orm::assertThat(serviceMountStatus, "serviceMountStatus");
-  const Ptr<SystemStatus> systemStatus(serviceMountStatus->systemStatus(connection.name));
+  const SystemStatus* const systemStatus = serviceMountStatus->systemStatus(connection.name);
   if (!systemStatus) {
     REGISTRY_MESSAGE(5, kSignature, "no system status for: %s", connection.name);
     return;
@@ -109,12 +170,12 @@ void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
                    entryName(), configured);
   const bool wanted = configured && state != MountState::unmounted &&
                       mounterIsInterestedInConnection(mounter, connection);
-  const Ptr<MountStatus> mountStatus(mounter.statusIn(*groupStatus, entryName()));
-  if (wanted == static_cast<bool>(mountStatus)) {
-    handleMountState(mounter, connection, state, *groupStatus, mountStatus.get());
+  MountStatus* const mountStatus = mounter.statusIn(*groupStatus, entryName());
+  if (wanted == (mountStatus != nullptr)) {
+    handleMountState(mounter, connection, state, *groupStatus, mountStatus);
   } else {
     if (wanted) {
-      groupStatus->mountStatusIs(entryName());
+      groupStatus->newMountStatus(entryName());
     } else {
       groupStatus->mountStatusDel(entryName());
     }
@@ -126,12 +187,13 @@ void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
 
 void MountsRegistryEntrySm::handleMountState(const Mounter& mounter, const Connection& connection,
                                              MountState state) {
-  const Ptr<SystemStatus> systemStatus(mounter.serviceMountStatus()->systemStatus(connection.name));
+  const SystemStatus* const systemStatus =
+      mounter.serviceMountStatus()->systemStatus(connection.name);
   if (!systemStatus) return;
   const Ptr<ServiceMountGroupStatus> groupStatus(mounter.groupStatusIn(*systemStatus));
   if (!groupStatus) return;
-  const Ptr<MountStatus> mountStatus(mounter.statusIn(*groupStatus, entryName()));
-  handleMountState(mounter, connection, state, *groupStatus, mountStatus.get());
+  handleMountState(mounter, connection, state, *groupStatus,
+                   mounter.statusIn(*groupStatus, entryName()));
 }
 
 void MountsRegistryEntrySm::handleMountState(const Mounter& mounter, const Connection& connection,
@@ -143,10 +205,11 @@ void MountsRegistryEntrySm::handleMountState(const Mounter& mounter, const Conne
                    "%s mount state:%s connection:%s service:%s mountGroup:%s remote path:%s",
                    entryName(), state, connection.name, mounter.serviceName(), mounter.groupName(),
                    entryName());
-  if (mountStatus) {
-    if (state == MountState::mounted) {
-      mountStatus->mountedPathIs(Fennix::ChildPath(registryEntry_->targetPath(), connection.name));
-    }
+  if (mountStatus && state == MountState::mounted) {
+    const Ptr<MountStatus> held(mountStatus);  // whoever is told of the path may take it away
+    held->mountedPathIs(Fennix::ChildPath(registryEntry_->targetPath(), connection.name));
+    held->mountStateIs(state);
+  } else if (mountStatus) {
     mountStatus->mountStateIs(state);
   }
   updateMountGroupMountState(*mounter.mountGroupConfig(), groupStatus, state);
@@ -165,6 +228,17 @@ void MountsRegistryEntrySm::updateMountGroupMountState(
   const bool mixed =
       mountGroupStatus.mountStatusCount(state) != mountGroupConfig.mountConfig().size();
   mountGroupStatus.mountStateIs(mixed ? MountState::unmounted : state);
+}
+
+/// Whether every mounter has its group's status for the connection, as it mostly has when the
+/// connection is decided: then nobody is told of anything.
+bool MountsRegistryEntrySm::hasSystemStatus(const Connection& connection) const {
+  for (const Ptr<Mounter>& mounter : registryEntry_->mounter()) {
+    const Ptr<ServiceMountStatus>& status = mounter->serviceMountStatus();
+    const SystemStatus* const system = status ? status->systemStatus(connection.name) : nullptr;
+    if (!system || !mounter->groupStatusIn(*system)) return false;
+  }
+  return true;
 }
 
 void MountsRegistryEntrySm::updateSystemStatus(const Connection& connection) {
@@ -215,7 +289,7 @@ void MountsRegistryEntrySm::handleMountTimeout() {
 }
 
 void MountsRegistryEntrySm::handleMountTimeout(const OrmMountSmDataSm& mount) const {
-  const MountState state = mount.mountSmData()->mountState();
+  const MountState state = mount.record().mountState();
   if (state == MountState::mounting) {
     REGISTRY_MESSAGE(5, kHandleMountTimeout, "mount in progress too long");
   } else if (state == MountState::failed) {

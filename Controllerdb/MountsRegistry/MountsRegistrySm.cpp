@@ -4,7 +4,6 @@
 #include <optional>
 
 #include "Controllerdb/MountsRegistry/MountsRegistryTrace.h"
-#include "Controllerdb/MountsRegistry/ProxyServiceName.h"
 #include "Platform/Flipset/Flipset.h"
 
 namespace Controller {
@@ -253,7 +252,7 @@ std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
   return 0;  // no peer has such a name
 }
 
-std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
+[[gnu::flatten]] std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
     const String& serviceName, const Connection& connection) {
   REGISTRY_TRACE(8, "MountsRegistrySm::", "negotiatedServiceVersionForConnection", " ", serviceName,
                  " ", connection.name);
@@ -275,11 +274,9 @@ std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
   return 0;
 }
 
-Connection MountsRegistrySm::formerConnection(const SystemId& systemId) {
-  if (lastFormer_.systemId != systemId || lastFormer_.name.empty()) {
-    lastFormer_ = Connection(systemId);
-  }
-  return lastFormer_;
+Connection MountsRegistrySm::namedConnection(const SystemId& systemId) const {
+  const Peer* const connected = peerTable() ? peerTable()->peer(systemId) : nullptr;
+  return connected ? Connection(*connected) : Connection(systemId);
 }
 
 const ServiceStatusDir* MountsRegistrySm::serviceStatusDir(const Peer& peer) const {
@@ -287,8 +284,7 @@ const ServiceStatusDir* MountsRegistrySm::serviceStatusDir(const Peer& peer) con
   return client ? client->serviceStatusDir().get() : nullptr;
 }
 
-const String& MountsRegistrySm::realServiceNameOf(const String& serviceName) {
-  if (!isProxyServiceName(serviceName)) return serviceName;
+const String& MountsRegistrySm::realNameOfProxy(const String& serviceName) {
   if (const String* known = realNameOfProxy_.find(serviceName)) return *known;
   realNameOfProxy_.set(serviceName, realServiceNameOfProxy(serviceName));
   return *realNameOfProxy_.find(serviceName);

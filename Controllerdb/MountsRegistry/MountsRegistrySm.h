@@ -6,6 +6,7 @@
 #include "Controllerdb/MountsRegistry/InactiveClientSm.h"
 #include "Controllerdb/MountsRegistry/MountsRegistry.h"
 #include "Controllerdb/MountsRegistry/MountsRegistryEntrySm.h"
+#include "Controllerdb/MountsRegistry/ProxyServiceName.h"
 #include "Controllerdb/MountsRegistry/PublishRegistryEntrySm.h"
 #include "Controllerdb/MountsRegistry/ServiceIndex.h"
 #include "Platform/Entities/Controllerdb/PublishStatus.h"
@@ -91,9 +92,14 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
   std::uint32_t negotiatedServiceVersionForConnection(const Orm::String& serviceName,
                                                       const Connection& connection);
 
-  /// A system that is not connected any more, with its name. Formats and allocates only when it is
-  /// another one than last time: the mounts of a switch that has gone report one after the other.
-  Connection formerConnection(const SystemId& systemId);
+  /// A system with the name of its connection, also when it is not connected any more. Cheapest for
+  /// the one that was asked for last: the mounts of a switch report one after the other.
+  Connection connectionOf(const SystemId& systemId) {
+    if (lastConnection_.systemId != systemId || lastConnection_.name.empty()) {
+      lastConnection_ = namedConnection(systemId);
+    }
+    return lastConnection_;
+  }
 
   const Orm::Ptr<MountsRegistry>& mountsRegistry() const { return mountsRegistry_; }
   const Orm::Ptr<Heartbeat::Config const>& heartbeatConfig() const { return heartbeatConfig_; }
@@ -167,9 +173,13 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
 
  private:
   void handleInitialized();
+  Connection namedConnection(const SystemId& systemId) const;
   const ServiceStatusDir* serviceStatusDir(const Peer& peer) const;
   /// The name itself, or the real service of a proxy; allocates when a proxy is first seen.
-  const Orm::String& realServiceNameOf(const Orm::String& serviceName);
+  const Orm::String& realServiceNameOf(const Orm::String& serviceName) {
+    return isProxyServiceName(serviceName) ? realNameOfProxy(serviceName) : serviceName;
+  }
+  const Orm::String& realNameOfProxy(const Orm::String& serviceName);
 
   Orm::Ptr<MountsRegistry> mountsRegistry_;
   Orm::Ptr<ControllerOob::Status const> oobStatus_;
@@ -185,7 +195,7 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
   ServiceIndex<MountsRegistryEntrySm> mountsOfService_;
   ServiceIndex<PublishRegistryEntrySm> publicationsOfService_;
   Orm::ValueCollection<Orm::String, Orm::String> realNameOfProxy_;
-  Connection lastFormer_{SystemId(), Orm::String()};
+  Connection lastConnection_{SystemId(), Orm::String()};
   std::uint64_t nextOrder_ = 0;
   bool mountMonitor_;
   bool initialized_ = false;

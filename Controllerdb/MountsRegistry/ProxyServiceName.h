@@ -11,7 +11,9 @@ inline constexpr std::string_view kProxySuffix = "-Proxy";
 
 /// True when the name's last "-Proxy" ends where the name ends; so is "-Proxy" itself.
 inline bool isProxyServiceName(const Orm::String& name) {
-  return name.view().ends_with(kProxySuffix);
+  const std::string_view text = name.view();
+  return text.size() >= kProxySuffix.size() && text.back() == kProxySuffix.back() &&
+         text.ends_with(kProxySuffix);
 }
 
 /// The name without the suffix; only for names of which isProxyServiceName is true. Allocates.

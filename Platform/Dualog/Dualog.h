@@ -93,10 +93,11 @@ class Buffer {
   std::string text_;
 };
 
-/// Emits one record of the pieces, one after the other.
+/// Emits one record of the pieces, one after the other. Kept out of the functions that trace: what
+/// it needs of the stack and of registers would be set up and saved there with all traces off.
 template <class... Pieces>
-void record(const Handle& handle, int level, unsigned line, const char* function,
-            const Pieces&... pieces) {
+[[gnu::cold, gnu::noinline]] void record(const Handle& handle, int level, unsigned line,
+                                         const char* function, const Pieces&... pieces) {
   Buffer buffer;
   (Orm::appendStringForm(buffer.text(), pieces), ...);
   emit(handle, level, line, function, buffer.text());
@@ -105,8 +106,9 @@ void record(const Handle& handle, int level, unsigned line, const char* function
 /// Emits one message to each trace that wants it. Compiles only when there are as many arguments
 /// as the format has places for them.
 template <std::size_t placeholders, class... Arguments>
-void message(const Handle& handle, const Zimlog::Descriptor& descriptor, const char* function,
-             const Arguments&... arguments) {
+[[gnu::cold, gnu::noinline]] void message(const Handle& handle,
+                                          const Zimlog::Descriptor& descriptor,
+                                          const char* function, const Arguments&... arguments) {
   static_assert(sizeof...(Arguments) == placeholders);
   if (Zimlog::enabled()) Zimlog::record(descriptor, arguments...);
   if (!handle.enabled(descriptor.level)) return;

@@ -107,6 +107,7 @@ class Collection {
   }
   /// Takes the member out and hands it over; null when there is none.
   Handle take(const Key& key) { return table_.take(key); }
+  Handle take(const Key& key, Hint& hint) { return table_.take(key, hint); }
   void clear() { table_.clear(); }
 
   /// Calls visit(member) for each; members may come and go meanwhile. A counted member is kept

@@ -49,14 +49,11 @@ class DenseTable {
   using Hint = std::uint32_t;
 
   /// The same for who looks for one member many times in a row: a compare, and no hashing.
-  Slot* find(const Key& key, Hint& hint) const {
+  [[gnu::always_inline]] Slot* find(const Key& key, Hint& hint) const {
     if (hint < used_ && Traits::live(slots_[hint]) && Traits::key(slots_[hint]) == key) {
       return slots_ + hint;
     }
-    const std::uint32_t at = place(key);
-    if (at == kNowhere) return nullptr;
-    hint = at;
-    return slots_ + at;
+    return search(key, hint);
   }
 
   /// Appends a slot whose key is absent; one that is present stops the process.
@@ -79,11 +76,10 @@ class DenseTable {
   /// Takes the member out; the slot that is returned is not live when there was none.
   Slot take(const Key& key) {
     const std::uint32_t at = place(key);
-    if (at == kNowhere) return Slot();
-    Slot taken = remove(at);
-    tidy();
-    return taken;
+    return at == kNowhere ? Slot() : takeAt(at);
   }
+  /// The same for who has just looked for the member.
+  Slot take(const Key& key, Hint& hint) { return find(key, hint) ? takeAt(hint) : Slot(); }
 
   void clear() {
     if (walks_ != 0) {
@@ -137,6 +133,13 @@ class DenseTable {
   Iterator end() const { return {slots_ + used_, slots_ + used_}; }
 
  private:
+  [[gnu::noinline]] Slot* search(const Key& key, Hint& hint) const {
+    const std::uint32_t at = place(key);
+    if (at == kNowhere) return nullptr;
+    hint = at;
+    return slots_ + at;
+  }
+
   static constexpr std::uint32_t kLinear = 8;
   static constexpr std::uint32_t kNowhere = ~0U;
 
@@ -223,6 +226,12 @@ class DenseTable {
       }
     }
     index_[gap] = 0;
+  }
+
+  Slot takeAt(std::uint32_t at) {
+    Slot taken = remove(at);
+    tidy();
+    return taken;
   }
 
   /// Leaves a dead slot at the place of the member that is returned.

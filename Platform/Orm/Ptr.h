@@ -22,7 +22,9 @@ inline void threadSafePtrsIs(bool on) { detail::threadSafePtrs = on; }
 
 namespace detail {
 
-inline void countUp(std::uint32_t& count) {
+// Always inlined, as is all that every handle does: the statements of traces make functions look
+// too large for the compiler to do it of itself.
+[[gnu::always_inline]] inline void countUp(std::uint32_t& count) {
   if (threadSafePtrs) [[unlikely]]
     std::atomic_ref(count).fetch_add(1, std::memory_order_relaxed);
   else
@@ -30,7 +32,7 @@ inline void countUp(std::uint32_t& count) {
 }
 
 /// True when the count has reached zero.
-inline bool countDown(std::uint32_t& count) {
+[[gnu::always_inline]] inline bool countDown(std::uint32_t& count) {
   if (threadSafePtrs) [[unlikely]]
     return std::atomic_ref(count).fetch_sub(1, std::memory_order_acq_rel) == 1;
   return --count == 0;
@@ -61,8 +63,8 @@ class PtrInterface {
   template <class>
   friend class Ptr;
 
-  void ref() const { detail::countUp(refCount_); }
-  void unref() const {
+  [[gnu::always_inline]] void ref() const { detail::countUp(refCount_); }
+  [[gnu::always_inline]] void unref() const {
     if (detail::countDown(refCount_)) onLastRef();
   }
 

@@ -9,10 +9,6 @@ Reactor::~Reactor() {
   Audit::reactorGoes(this);
 }
 
-void Reactor::hasNotificationActiveIs(bool active) {
-  flags_ = static_cast<std::uint8_t>(active ? flags_ & ~kMuted : flags_ | kMuted);
-}
-
 bool Reactor::watchedIs(Ptr<Entity const> entity) {
   if (entity == notifier_) return false;
   if (notifier_) notifier_->notifieeDel(*this);

@@ -33,7 +33,9 @@ class Reactor {
 
   /// Whether changes are dispatched; on from construction.
   bool hasNotificationActive() const { return (flags_ & kMuted) == 0; }
-  void hasNotificationActiveIs(bool active);
+  void hasNotificationActiveIs(bool active) {
+    flags_ = static_cast<std::uint8_t>(active ? flags_ & ~kMuted : flags_ | kMuted);
+  }
 
   /// Ends the life of a reactor that was made with new: now, or when the handlers that are on the
   /// stack have returned.

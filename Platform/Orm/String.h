@@ -66,12 +66,8 @@ class String {
     return String(view().substr(from, count));
   }
 
-  friend bool operator==(const String& a, const String& b) noexcept {
-    if (a.rep_ == b.rep_) return true;
-    if (!a.rep_ || !b.rep_ || a.rep_->hash != b.rep_->hash || a.rep_->size != b.rep_->size) {
-      return false;
-    }
-    return std::memcmp(a.rep_->text(), b.rep_->text(), a.rep_->size) == 0;
+  [[gnu::always_inline]] friend bool operator==(const String& a, const String& b) noexcept {
+    return a.rep_ == b.rep_ || (a.rep_ && b.rep_ && a.rep_->hash == b.rep_->hash && a.isText(b));
   }
   friend bool operator==(const String& a, std::string_view b) noexcept { return a.view() == b; }
   friend bool operator==(const String& a, const char* b) noexcept { return a.view() == b; }
@@ -90,6 +86,11 @@ class String {
   };
 
   static void destroy(Rep* rep) noexcept;
+  /// Whether two texts of one hash, neither of them empty, are the same.
+  bool isText(const String& other) const noexcept {
+    return rep_->size == other.rep_->size &&
+           std::memcmp(rep_->text(), other.rep_->text(), rep_->size) == 0;
+  }
 
   Rep* rep_ = nullptr;
 };

@@ -36,7 +36,8 @@ class EthAddr {
   void write(char* to) const;
   void appendTo(std::string& out) const;
 
-  friend constexpr bool operator==(const EthAddr& a, const EthAddr& b) {
+  // Two compares; left to itself the compiler makes a call of them.
+  [[gnu::always_inline]] friend constexpr bool operator==(const EthAddr& a, const EthAddr& b) {
     return a.head() == b.head() && a.tail() == b.tail();
   }
   friend constexpr std::strong_ordering operator<=>(const EthAddr& a, const EthAddr& b) {

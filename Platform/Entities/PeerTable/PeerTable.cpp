@@ -9,7 +9,9 @@ Orm::Ptr<Peer> PeerTable::peerIs(const SystemId& systemId, const Pomix::IpAddrPo
     Orm::requireSame("clientAddress", present->clientAddress(), clientAddress);
     return present;
   }
-  return memberIs(peer_, Attr::peer, Orm::make<Peer>(systemId, clientAddress));
+  Orm::Ptr<Peer> made = Orm::make<Peer>(systemId, clientAddress);
+  peerIs(made);
+  return made;
 }
 
 }  // namespace Controller

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
+
 #include "Platform/Entities/ServiceMount/MountState.h"
 #include "Platform/Fennix/ChildPath.h"
 #include "Platform/Orm/Entity.h"
@@ -7,7 +10,16 @@
 
 namespace Controller {
 
-class ServiceMountGroupStatus;
+/// How many mounts are in each state.
+class MountStateCounts {
+ public:
+  std::uint32_t of(MountState state) const { return count_[static_cast<std::size_t>(state)]; }
+  void add(MountState state) { ++count_[static_cast<std::size_t>(state)]; }
+  void remove(MountState state) { --count_[static_cast<std::size_t>(state)]; }
+
+ private:
+  std::array<std::uint32_t, kMountStates> count_{};
+};
 
 /// The mount of one path from one switch, as the services see it. A member of the group's status,
 /// which counts its members by state.
@@ -17,14 +29,24 @@ class MountStatus : public Orm::Entity, private Kobble::Counted<MountStatus> {
     enum : Orm::AttributeId { mountState, mountedPath };
   };
 
-  MountStatus(Orm::String path, ServiceMountGroupStatus* group)
-      : path_(std::move(path)), group_(group) {}
+  /// `counts`: of the group that it becomes a member of.
+  MountStatus(Orm::String path, MountStateCounts* counts)
+      : path_(std::move(path)), counts_(counts) {
+    counts_->add(mountState_);
+  }
 
   /// The remote path.
   const Orm::String& path() const { return path_; }
 
   MountState mountState() const { return mountState_; }
-  void mountStateIs(MountState state);
+  void mountStateIs(MountState state) {
+    if (state == mountState_) return;
+    if (counts_) {
+      counts_->remove(mountState_);
+      counts_->add(state);
+    }
+    assign(mountState_, state, Attr::mountState);
+  }
 
   /// Where the switch's copy stands in the state store; empty until it was mounted once.
   const Fennix::ChildPath& mountedPath() const { return mountedPath_; }
@@ -35,9 +57,14 @@ class MountStatus : public Orm::Entity, private Kobble::Counted<MountStatus> {
  private:
   friend class ServiceMountGroupStatus;
 
+  void leaveGroup() {
+    counts_->remove(mountState_);
+    counts_ = nullptr;
+  }
+
   Orm::String path_;
   Fennix::ChildPath mountedPath_;
-  ServiceMountGroupStatus* group_;  // null once it has left the group
+  MountStateCounts* counts_;  // null once it has left the group
   MountState mountState_ = MountState::unmounted;
 };
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 
 #include "Platform/Entities/ServiceMount/MountStatus.h"
@@ -28,13 +27,18 @@ class ServiceMountGroupStatus : public Orm::CollectionOwner,
   /// By remote path.
   const MountStatuses& mountStatus() const { return mountStatus_; }
   MountStatus* mountStatus(const Orm::String& path) const { return mountStatus_.find(path); }
-  Orm::Ptr<MountStatus> mountStatusIs(const Orm::String& path);
+  Orm::Ptr<MountStatus> mountStatusIs(const Orm::String& path) {
+    if (MountStatus* present = mountStatus_.find(path)) return present;
+    return newMountStatus(path);
+  }
+  /// The same for who has looked for it; a path that is present stops the process.
+  Orm::Ptr<MountStatus> newMountStatus(const Orm::String& path) {
+    return memberIs(mountStatus_, Attr::mountStatus, Orm::make<MountStatus>(path, &counts_));
+  }
   void mountStatusDel(const Orm::String& path);
   void mountStatusDelAll();
   /// How many of the paths are in `state`. O(1).
-  std::uint32_t mountStatusCount(MountState state) const {
-    return count_[static_cast<std::size_t>(state)];
-  }
+  std::uint32_t mountStatusCount(MountState state) const { return counts_.of(state); }
 
   /// The group's own state on the switch.
   MountState mountState() const { return mountState_; }
@@ -45,16 +49,9 @@ class ServiceMountGroupStatus : public Orm::CollectionOwner,
   void processedIs(bool processed) { assign(processed_, processed, Attr::processed); }
 
  private:
-  friend class MountStatus;
-  void memberMoved(MountState from, MountState to) {
-    --count_[static_cast<std::size_t>(from)];
-    ++count_[static_cast<std::size_t>(to)];
-  }
-  void memberLeft(MountStatus& status);
-
   Orm::String groupName_;
   MountStatuses mountStatus_;
-  std::array<std::uint32_t, kMountStates> count_{};
+  MountStateCounts counts_;
   MountState mountState_ = MountState::unmounted;
   bool processed_ = false;
 };

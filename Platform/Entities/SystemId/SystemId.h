@@ -30,6 +30,9 @@ class SystemId {
   Orm::String stringValue() const;
   void appendTo(std::string& out) const { address_.appendTo(out); }
 
+  [[gnu::always_inline]] friend constexpr bool operator==(const SystemId& a, const SystemId& b) {
+    return a.address_ == b.address_;
+  }
   friend constexpr auto operator<=>(const SystemId&, const SystemId&) = default;
 
  private:
