@@ -75,11 +75,13 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
 
     const MountSmData& record() const { return *notifier(); }
 
-    Orm::Ptr<MountSm> mountSm_;
+    // These three lie in the base's padding.
     MountState lastMountState_ = MountState::unmounted;
     bool askedAgain_ = false;  // since the mounters were told of the last state
     bool leaving_ = false;     // its switch has gone, and was not decided since
+    Orm::Ptr<MountSm> mountSm_;
   };
+  static_assert(sizeof(OrmMountSmDataSm) == 40);
 
   /// Seconds until a slow or failed mount is reported.
   static constexpr std::uint32_t kTimeoutPeriod = 300;

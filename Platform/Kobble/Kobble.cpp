@@ -20,9 +20,9 @@ const TypeRecord* firstRecord = nullptr;
 // Chunks stay reachable so that leak checkers see them as what they are.
 struct Chunk {
   Chunk* next;
-  Chunk* padding;  // keeps the slots aligned to kStep
+  Chunk* padding;  // keeps slots of a multiple of 16 bytes aligned to 16
 };
-static_assert(sizeof(Chunk) % kStep == 0);
+static_assert(sizeof(Chunk) % 16 == 0 && sizeof(detail::Slot) <= kStep);
 Chunk* firstChunk = nullptr;
 
 void refill(std::size_t index) {

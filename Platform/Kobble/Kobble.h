@@ -9,13 +9,13 @@
 
 /// The slab allocator of entities, machines and reactors, with counts of live objects per type.
 ///
-/// Memory comes in chunks that are cut into slots of one size class (16-byte steps) and go back to
+/// Memory comes in chunks that are cut into slots of one size class (8-byte steps) and go back to
 /// a free list of that class: a get and a put are a few instructions, objects of a kind lie
 /// together, and there is no header per object. Chunks are kept for the life of the process.
 /// Larger blocks go to the system's allocator. Loop thread only.
 namespace Kobble {
 
-inline constexpr std::size_t kStep = 16;              // bytes between size classes
+inline constexpr std::size_t kStep = 8;               // bytes between size classes
 inline constexpr std::size_t kLargestSlot = 512;      // bytes; larger blocks are not slabbed
 inline constexpr std::size_t kChunkSize = 64 * 1024;  // bytes
 
@@ -67,7 +67,9 @@ inline bool slabbed(std::size_t size) { return size - 1 < kLargestSlot && state.
 
 }  // namespace detail
 
-/// A block of at least `size` bytes, aligned to 16. Throws std::bad_alloc as operator new does.
+/// A block of at least `size` bytes, aligned to 16 when `size` is a multiple of 16 and to 8 at
+/// least otherwise, which is what an object of that size may need. Throws std::bad_alloc as
+/// operator new.
 inline void* allocate(std::size_t size) {
   auto& state = detail::state;
   if (detail::slabbed(size)) [[likely]] {

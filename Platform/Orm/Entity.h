@@ -38,6 +38,10 @@ class Entity : public PtrInterface {
   Entity() = default;
   ~Entity() override;
 
+  /// A byte that is the derived entity's, in room that nothing else can use: of some entities there
+  /// are millions.
+  std::uint8_t ownByte_ = 0;
+
   bool hasNotifiees() const { return notifiees_ != 0; }
   /// This entity when letting go of a T before telling might take its last handle. Without
   /// notifiees nothing is told, and an entity that is being made has no handle yet.

@@ -42,8 +42,9 @@ class Reactor {
   static void retire(Reactor* reactor);
 
  protected:
-  Reactor() { Audit::reactorCame(this); }
+  explicit Reactor(void* owner = nullptr) : owner_(owner) { Audit::reactorCame(this); }
 
+  void* rawOwner() const { return owner_; }
   const Entity* watched() const { return notifier_.get(); }
   /// Registers on `entity` (null: on nothing). False when it is the one already watched.
   bool watchedIs(Ptr<Entity const> entity);
@@ -54,6 +55,8 @@ class Reactor {
   static constexpr std::uint8_t kMuted = 2;
 
   Ptr<Entity const> notifier_;
+  void* owner_;
+  // Last, so that what a derived reactor has of its own begins in what would be padding.
   std::uint32_t place_ = 0;  // in the entity's list of notifiees
   std::uint8_t flags_ = 0;
 };
@@ -68,18 +71,15 @@ class ReactorOn : public Reactor {
   /// Points the reactor at another entity; the same entity changes nothing. A reactor whose
   /// onNotifier() says so then deals with the new entity's present state.
   void notifierIs(const Ptr<T const>& entity) {
-    if (watchedIs(entity) && entity && !isDeleted() && owner_) onNotifier();
+    if (watchedIs(entity) && entity && !isDeleted() && owner()) onNotifier();
   }
 
  protected:
-  explicit ReactorOn(Owner* owner) : owner_(owner) {}
+  explicit ReactorOn(Owner* owner) : Reactor(owner) {}
 
-  Owner* owner() const { return owner_; }
+  Owner* owner() const { return static_cast<Owner*>(rawOwner()); }
 
   virtual void onNotifier() {}
-
- private:
-  Owner* owner_;
 };
 
 /// `entity` as the T that a reactor accepts; any other type counts as null.

@@ -32,20 +32,20 @@ class MountStatus : public Orm::Entity, private Kobble::Counted<MountStatus> {
   /// `counts`: of the group that it becomes a member of.
   MountStatus(Orm::String path, MountStateCounts* counts)
       : path_(std::move(path)), counts_(counts) {
-    counts_->add(mountState_);
+    counts_->add(mountState());
   }
 
   /// The remote path.
   const Orm::String& path() const { return path_; }
 
-  MountState mountState() const { return mountState_; }
+  MountState mountState() const { return static_cast<MountState>(ownByte_); }
   void mountStateIs(MountState state) {
-    if (state == mountState_) return;
+    if (state == mountState()) return;
     if (counts_) {
-      counts_->remove(mountState_);
+      counts_->remove(mountState());
       counts_->add(state);
     }
-    assign(mountState_, state, Attr::mountState);
+    assign(ownByte_, static_cast<std::uint8_t>(state), Attr::mountState);
   }
 
   /// Where the switch's copy stands in the state store; empty until it was mounted once.
@@ -58,14 +58,15 @@ class MountStatus : public Orm::Entity, private Kobble::Counted<MountStatus> {
   friend class ServiceMountGroupStatus;
 
   void leaveGroup() {
-    counts_->remove(mountState_);
+    counts_->remove(mountState());
     counts_ = nullptr;
   }
 
   Orm::String path_;
   Fennix::ChildPath mountedPath_;
   MountStateCounts* counts_;  // null once it has left the group
-  MountState mountState_ = MountState::unmounted;
 };
+
+static_assert(sizeof(MountStatus) == 56);
 
 }  // namespace Controller
