@@ -102,14 +102,10 @@ void record(const Handle& handle, int level, unsigned line, const char* function
   emit(handle, level, line, function, buffer.text());
 }
 
-/// Emits one message to each trace that wants it. Compiles only when there are as many arguments
-/// as the format has places for them.
-template <std::size_t placeholders, class... Arguments>
-void message(const Handle& handle, const Zimlog::Descriptor& descriptor, const char* function,
-             const Arguments&... arguments) {
-  static_assert(sizeof...(Arguments) == placeholders);
-  if (Zimlog::enabled()) Zimlog::record(descriptor, arguments...);
-  if (!handle.enabled(descriptor.level)) return;
+/// Emits one message to the text trace.
+template <class... Arguments>
+void messageText(const Handle& handle, const Zimlog::Descriptor& descriptor, const char* function,
+                 const Arguments&... arguments) {
   Buffer buffer;
   std::string& text = buffer.text();
   text = descriptor.signature;
@@ -118,6 +114,16 @@ void message(const Handle& handle, const Zimlog::Descriptor& descriptor, const c
   auto form = forms.begin();
   Zimlog::fill(text, descriptor.format, [&form](std::string& out) { out += *form++; });
   emit(handle, descriptor.level, descriptor.line, function, text);
+}
+
+/// Emits one message to each trace that wants it. Compiles only when there are as many arguments
+/// as the format has places for them.
+template <std::size_t placeholders, class... Arguments>
+void message(const Handle& handle, const Zimlog::Descriptor& descriptor, const char* function,
+             const Arguments&... arguments) {
+  static_assert(sizeof...(Arguments) == placeholders);
+  if (Zimlog::enabled()) Zimlog::record(descriptor, arguments...);
+  if (handle.enabled(descriptor.level)) messageText(handle, descriptor, function, arguments...);
 }
 
 }  // namespace Dualog
