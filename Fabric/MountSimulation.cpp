@@ -79,13 +79,13 @@ void MountSimulation::tellState(const SimulatedMountSm& machine, MountState stat
 }
 
 void MountSimulation::scheduleTurn(SimulatedMountSm& machine, Orm::Tick delay) {
-  const std::uint64_t sequence = clock_->nextSequence();
+  const std::uint64_t sequence = Orm::Clock::nextSequence();
   machine.workNumber_ = static_cast<std::uint32_t>(sequence);
   turns_.push_back({sequence, &machine, delay});
 }
 
 void MountSimulation::scheduleOutcome(SimulatedMountSm& machine, Orm::Tick tick) {
-  const std::uint64_t sequence = clock_->nextSequence();
+  const std::uint64_t sequence = Orm::Clock::nextSequence();
   machine.workNumber_ = static_cast<std::uint32_t>(sequence);
   outcomes_[tick].push_back({sequence, &machine});
 }

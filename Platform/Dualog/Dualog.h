@@ -103,15 +103,11 @@ template <class... Pieces>
   emit(handle, level, line, function, buffer.text());
 }
 
-/// Emits one message to each trace that wants it. Compiles only when there are as many arguments
-/// as the format has places for them.
-template <std::size_t placeholders, class... Arguments>
-[[gnu::cold, gnu::noinline]] void message(const Handle& handle,
-                                          const Zimlog::Descriptor& descriptor,
-                                          const char* function, const Arguments&... arguments) {
-  static_assert(sizeof...(Arguments) == placeholders);
-  if (Zimlog::enabled()) Zimlog::record(descriptor, arguments...);
-  if (!handle.enabled(descriptor.level)) return;
+/// Emits one message to the text trace.
+template <class... Arguments>
+[[gnu::cold, gnu::noinline]] void messageText(const Handle& handle,
+                                              const Zimlog::Descriptor& descriptor,
+                                              const char* function, const Arguments&... arguments) {
   Buffer buffer;
   std::string& text = buffer.text();
   text = descriptor.signature;
@@ -120,6 +116,16 @@ template <std::size_t placeholders, class... Arguments>
   auto form = forms.begin();
   Zimlog::fill(text, descriptor.format, [&form](std::string& out) { out += *form++; });
   emit(handle, descriptor.level, descriptor.line, function, text);
+}
+
+/// Emits one message to each trace that wants it. Compiles only when there are as many arguments
+/// as the format has places for them. A function of its own for the same reason as `record`.
+template <std::size_t placeholders, class... Arguments>
+[[gnu::noinline]] void message(const Handle& handle, const Zimlog::Descriptor& descriptor,
+                               const char* function, const Arguments&... arguments) {
+  static_assert(sizeof...(Arguments) == placeholders);
+  if (Zimlog::enabled()) Zimlog::record(descriptor, arguments...);
+  if (handle.enabled(descriptor.level)) messageText(handle, descriptor, function, arguments...);
 }
 
 }  // namespace Dualog

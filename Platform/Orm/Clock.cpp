@@ -1,7 +1,5 @@
 #include "Platform/Orm/Clock.h"
 
-#include <algorithm>
-
 #include "Platform/Orm/ActivityScope.h"
 
 namespace Orm {
@@ -11,110 +9,72 @@ Clock::Clock(std::unique_ptr<TimeSource> time) : time_(std::move(time)) {}
 Clock::~Clock() { assertThat(heap_.empty(), "heap_.empty()"); }
 
 std::uint32_t Clock::armedTimers() const {
-  return static_cast<std::uint32_t>(std::count_if(
-      heap_.begin(), heap_.end(), [](const Place& place) { return place.timer->isArmed(); }));
+  std::uint32_t armed = 0;
+  heap_.walk([&armed](const ClockTimer& timer) { armed += timer.isArmed() ? 1 : 0; });
+  return armed;
 }
 
 Due Clock::nextDue() {
-  settleTop();
-  if (heap_.empty()) return {};
-  return {heap_.front().tick, kOrdinaryRank, heap_.front().sequence};
+  const ClockTimer* const first = settledFirst();
+  if (!first) return {};
+  return {first->place_.tick, kOrdinaryRank, first->place_.sequence};
 }
 
 void Clock::runNext() {
-  settleTop();
-  if (heap_.empty()) return;
-  ClockTimer& timer = *heap_.front().timer;
-  remove(timer);
-  timer.timeMin_ = kNever;
-  timer.tick_ = kNeverTick;
+  ClockTimer* const first = settledFirst();
+  if (!first) return;
+  heap_.remove(*first);
+  first->placeTime_ = kNever;
+  first->dueTime_ = first->timeMin_;
+  first->timeMin_ = kNever;
   const ActivityScope scope;
-  timer.onFired();
+  first->onFired();
 }
 
-void Clock::settleTop() {
-  while (!heap_.empty()) {
-    Place top = heap_.front();
-    ClockTimer& timer = *top.timer;
-    if (top.sequence == timer.sequence_) return;
-    // The wake-up was moved to a later time, or disarmed, since it was queued.
-    if (timer.tick_ == kNeverTick) {
-      remove(timer);
-    } else {
-      siftDown(0, {timer.tick_, timer.sequence_, &timer});
-    }
+/// The timer that fires next, null when there is none: those that were moved to a later time or
+/// disarmed since they were queued are put where they belong.
+ClockTimer* Clock::settledFirst() {
+  while (ClockTimer* const first = heap_.first()) {
+    if (first->sequence_ == first->place_.sequence && first->timeMin_ != kNever) return first;
+    heap_.remove(*first);
+    first->placeTime_ = kNever;
+    first->queue(tickOf(first->timeMin_));
   }
-}
-
-void Clock::push(ClockTimer& timer) {
-  heap_.emplace_back();
-  siftUp(heap_.size() - 1, {timer.tick_, timer.sequence_, &timer});
-}
-
-void Clock::remove(ClockTimer& timer) {
-  const std::size_t at = timer.heapPlace_;
-  timer.heapPlace_ = ClockTimer::kNotQueued;
-  const Place last = heap_.back();
-  heap_.pop_back();
-  if (at == heap_.size()) return;
-  if (at != 0 && last.before(heap_[(at - 1) / 2])) {
-    siftUp(at, last);
-  } else {
-    siftDown(at, last);
-  }
-}
-
-void Clock::siftUp(std::size_t at, Place place) {
-  while (at != 0 && place.before(heap_[(at - 1) / 2])) {
-    set(at, heap_[(at - 1) / 2]);
-    at = (at - 1) / 2;
-  }
-  set(at, place);
-}
-
-void Clock::siftDown(std::size_t at, Place place) {
-  for (;;) {
-    std::size_t child = 2 * at + 1;
-    if (child >= heap_.size()) break;
-    if (child + 1 < heap_.size() && heap_[child + 1].before(heap_[child])) ++child;
-    if (!heap_[child].before(place)) break;
-    set(at, heap_[child]);
-    at = child;
-  }
-  set(at, place);
-}
-
-void Clock::set(std::size_t at, const Place& place) {
-  heap_[at] = place;
-  place.timer->heapPlace_ = static_cast<std::uint32_t>(at);
+  return nullptr;
 }
 
 ClockTimer::~ClockTimer() { clockIs(nullptr); }
 
-void ClockTimer::timeMinIs(Seconds time) {
-  if (time == timeMin_) return;
-  timeMin_ = time;
+void ClockTimer::move(Seconds time) {
   const Tick tick = tickOf(time);
-  if (tick != kNeverTick) dueTime_ = time;
+  if (tick == kNeverTick) dueTime_ = dueTime();
+  timeMin_ = time;
   if (!clock_) return;
-  const bool queued = heapPlace_ != kNotQueued;
-  const bool earlier = queued && tick < clock_->heap_[heapPlace_].tick;
-  tick_ = tick;
-  sequence_ = clock_->nextSequence();
-  if (queued && !earlier) return;  // seen when the old wake-up surfaces
-  if (queued) clock_->remove(*this);
-  if (tick_ != kNeverTick) clock_->push(*this);
+  sequence_ = Clock::nextSequence();
+  if (placeTime_ == kNever) {
+    queue(tick);
+  } else if (tick < place_.tick) {
+    place_ = {tick, sequence_};
+    placeTime_ = time;
+    clock_->heap_.movedUp(*this);
+  }
+}
+
+void ClockTimer::queue(Tick tick) {
+  if (tick == kNeverTick) return;
+  place_ = {tick, sequence_};
+  placeTime_ = timeMin_;
+  clock_->heap_.push(*this);
 }
 
 void ClockTimer::clockIs(Clock* clock) {
   if (clock == clock_) return;
-  if (heapPlace_ != kNotQueued) clock_->remove(*this);
+  if (placeTime_ != kNever) clock_->heap_.remove(*this);
+  placeTime_ = kNever;
   clock_ = clock;
-  tick_ = kNeverTick;
   if (!clock_ || timeMin_ == 0) return;
-  tick_ = tickOf(timeMin_);
-  sequence_ = clock_->nextSequence();
-  if (tick_ != kNeverTick) clock_->push(*this);
+  sequence_ = Clock::nextSequence();
+  queue(tickOf(timeMin_));
 }
 
 }  // namespace Orm

@@ -3,13 +3,13 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <vector>
 
 #include "Platform/Orm/ActivitySource.h"
 #include "Platform/Orm/Entity.h"
 #include "Platform/Orm/Reactor.h"
 #include "Platform/Orm/Seconds.h"
 #include "Platform/Orm/TimeSource.h"
+#include "Platform/Orm/TimerHeap.h"
 
 namespace Orm {
 
@@ -18,8 +18,9 @@ class ClockTimer;
 /// The process's clock: the current time, and the wake-up times of all reactors on it.
 ///
 /// One exists per activity manager and is shared by all machines; each reactor on it (ClockReactor)
-/// has a wake-up time of its own. Loop thread only. Arming and firing cost O(log n) of the armed
-/// timers, moving a wake-up to a later time O(1).
+/// has a wake-up time of its own. Loop thread only. Arming, disarming and moving a wake-up cost
+/// O(1), to a later time little more than noting it; firing costs O(log n) of the armed timers,
+/// amortised.
 class Clock : public Entity, public ActivitySource, private Kobble::Counted<Clock> {
  public:
   explicit Clock(std::unique_ptr<TimeSource> time);
@@ -29,9 +30,9 @@ class Clock : public Entity, public ActivitySource, private Kobble::Counted<Cloc
   Seconds now() const { return secondsOf(time_->now()); }
   TimeSource& time() const { return *time_; }
 
-  /// Numbers what is scheduled, over all sources of the loop: of what is due at one time, the
+  /// Numbers what is scheduled, over all sources of all loops: of what is due at one time, the
   /// smaller number comes first.
-  std::uint64_t nextSequence() const { return sequence_++; }
+  static std::uint64_t nextSequence() { return sequence_++; }
 
   std::uint32_t armedTimers() const;  // O(n); for tests and checks
 
@@ -41,27 +42,12 @@ class Clock : public Entity, public ActivitySource, private Kobble::Counted<Cloc
  private:
   friend class ClockTimer;
 
-  // The order of the heap; a timer that was moved to a later time stands at its old place until
-  // it surfaces, and is then put where it belongs.
-  struct Place {
-    Tick tick;
-    std::uint64_t sequence;
-    ClockTimer* timer;
-    bool before(const Place& other) const {
-      return tick != other.tick ? tick < other.tick : sequence < other.sequence;
-    }
-  };
-
-  void push(ClockTimer& timer);
-  void remove(ClockTimer& timer);
-  void settleTop();
-  void siftUp(std::size_t at, Place place);
-  void siftDown(std::size_t at, Place place);
-  void set(std::size_t at, const Place& place);
+  ClockTimer* settledFirst();
 
   std::unique_ptr<TimeSource> time_;
-  std::vector<Place> heap_;
-  mutable std::uint64_t sequence_ = 0;
+  TimerHeap<ClockTimer> heap_;
+
+  static inline constinit std::uint64_t sequence_ = 0;
 };
 
 /// The part of a clock reactor that the clock knows: its wake-up time.
@@ -75,10 +61,22 @@ class ClockTimer {
   Seconds timeMin() const { return timeMin_; }
   /// Fires at `time`, or in the next turn of the loop when that has passed; kNever disarms. The
   /// value that is there already changes nothing. Of equal times the one set first fires first.
-  void timeMinIs(Seconds time);
+  void timeMinIs(Seconds time) {
+    if (time == timeMin_) return;
+    if (time >= placeTime_ && time <= kLastTime) {
+      // It stands at an earlier place; there it is seen that the wake-up was moved.
+      timeMin_ = time;
+      sequence_ = Clock::nextSequence();
+    } else if (time == kNever && timeMin_ <= kLastTime) {
+      dueTime_ = timeMin_;
+      timeMin_ = kNever;
+    } else {
+      move(time);
+    }
+  }
   bool isArmed() const { return timeMin_ <= std::numeric_limits<Seconds>::max(); }
   /// The wake-up time that fired last, or is still ahead: what a handler that was called prints.
-  Seconds dueTime() const { return dueTime_; }
+  Seconds dueTime() const { return tickOf(timeMin_) != kNeverTick ? timeMin_ : dueTime_; }
 
  protected:
   ClockTimer() = default;
@@ -89,14 +87,34 @@ class ClockTimer {
 
  private:
   friend class Clock;
-  static constexpr std::uint32_t kNotQueued = ~0U;
+  friend class TimerHeap<ClockTimer>;
 
-  Clock* clock_ = nullptr;
+  static constexpr Seconds kLastTime = 9e12;  // about: it has a tick, and so has all before it
+
+  /// The order of the heap.
+  struct Place {
+    Tick tick;
+    std::uint64_t sequence;
+    bool before(const Place& other) const {
+      return tick != other.tick ? tick < other.tick : sequence < other.sequence;
+    }
+  };
+
+  void move(Seconds time);
+  void queue(Tick tick);
+
+  // First what moving to a later time needs.
   Seconds timeMin_ = 0;
-  Seconds dueTime_ = 0;
-  Tick tick_ = kNeverTick;
+  // The wake-up time when it was queued; kNever when it is not. A wake-up that was moved to a later
+  // time or disarmed stands at its old place until that comes up.
+  Seconds placeTime_ = kNever;
   std::uint64_t sequence_ = 0;
-  std::uint32_t heapPlace_ = kNotQueued;
+  Clock* clock_ = nullptr;
+  Seconds dueTime_ = 0;  // while timeMin_ has no tick
+  Place place_{};
+  ClockTimer* child_ = nullptr;
+  ClockTimer* next_ = nullptr;
+  ClockTimer* previous_ = nullptr;
 };
 
 /// A reactor of an Owner on the clock, with a wake-up time of its own. Pointing it at another

@@ -21,6 +21,11 @@ concept EnumWithStringForm = std::is_enum_v<T> && requires(T value, std::string&
   appendTo(out, value);
 };
 
+/// A class whose value is its bytes and nothing else (no pointers) says so with a member
+/// `static constexpr bool kPlainValue = true`: its string form can be made later from a copy.
+template <class T>
+concept PlainValue = std::is_trivially_copyable_v<T> && T::kPlainValue;
+
 template <class T>
 void appendStringForm(std::string& out, const T& value) {
   if constexpr (std::is_same_v<T, bool>) {

@@ -1,7 +1,6 @@
 #include "Platform/Orm/TimeSource.h"
 
 #include <algorithm>
-#include <cmath>
 #include <thread>
 
 namespace Orm {
@@ -11,14 +10,6 @@ namespace {
 constexpr Tick kLongestWait = 3600 * kTicksPerSecond;
 
 }  // namespace
-
-Tick tickOf(Seconds time) {
-  const double ticks = std::round(time * static_cast<double>(kTicksPerSecond));
-  // Written so that what is not a number never comes either.
-  if (!(ticks < static_cast<double>(kNeverTick))) return kNeverTick;
-  if (ticks <= static_cast<double>(INT64_MIN)) return INT64_MIN;
-  return static_cast<Tick>(ticks);
-}
 
 RealTime::RealTime(Seconds start)
     : start_(tickOf(start)), made_(std::chrono::steady_clock::now()) {}

@@ -14,8 +14,16 @@ using Tick = std::int64_t;
 inline constexpr Tick kTicksPerSecond = 1'000'000;
 inline constexpr Tick kNeverTick = INT64_MAX;
 
-/// The tick of a time; what lies beyond all ticks is kNeverTick.
-Tick tickOf(Seconds time);
+/// The tick of a time, rounded half away from zero; what lies beyond all ticks is kNeverTick.
+inline Tick tickOf(Seconds time) {
+  const double ticks = time * static_cast<double>(kTicksPerSecond);
+  // Written so that what is not a number never comes either.
+  if (!(ticks < static_cast<double>(kNeverTick))) return kNeverTick;
+  if (ticks <= static_cast<double>(INT64_MIN)) return INT64_MIN;
+  const Tick whole = static_cast<Tick>(ticks);
+  const double rest = ticks - static_cast<double>(whole);  // exact, as the cast is
+  return whole + (rest >= 0.5 ? 1 : 0) - (rest <= -0.5 ? 1 : 0);
+}
 inline Seconds secondsOf(Tick tick) {
   return static_cast<Seconds>(tick) / static_cast<Seconds>(kTicksPerSecond);
 }

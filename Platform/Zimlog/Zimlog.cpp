@@ -1,125 +1,114 @@
 #include "Platform/Zimlog/Zimlog.h"
 
+#include <algorithm>
+#include <deque>
 #include <memory>
 
 namespace Zimlog {
 
 namespace {
 
-struct RecordHead {
-  const Descriptor* descriptor;  // null: the rest of the ring is empty, go on at its beginning
-  std::int64_t stamp;
-  std::uint64_t size;  // of the whole record
-};
+using detail::RecordHead;
+using detail::ring;
 
-// Records lie one after the other from `oldest` to `next`, both counted in bytes since the ring
-// was switched on; a record never wraps.
-struct Ring {
-  std::unique_ptr<char[]> bytes;
-  std::size_t capacity = 0;
-  std::uint64_t oldest = 0;
-  std::uint64_t next = 0;
-  std::uint64_t lost = 0;
-  bool enabled = false;
-  StampSource stamp = nullptr;
-
-  char* at(std::uint64_t place) const { return bytes.get() + place % capacity; }
-
-  RecordHead headAt(std::uint64_t place) const {
-    RecordHead head{};
-    std::memcpy(&head, at(place), sizeof head);
-    return head;
-  }
-  void put(std::uint64_t place, const RecordHead& head) const {
-    std::memcpy(at(place), &head, sizeof head);
-  }
-  /// The place after the record at `place`.
-  std::uint64_t after(std::uint64_t place) const { return place + headAt(place).size; }
-  std::size_t leftUntilEnd(std::uint64_t place) const { return capacity - place % capacity; }
-
-  void freeUpTo(std::uint64_t end) {
-    while (oldest != next && oldest + capacity < end) {
-      if (headAt(oldest).descriptor) ++lost;
-      oldest = after(oldest);
-    }
-  }
-};
-
-Ring& ring() {
-  static Ring theRing;
-  return theRing;
+std::unique_ptr<char[]>& ringBytes() {
+  static std::unique_ptr<char[]> bytes;
+  return bytes;
 }
 
-void appendArgument(std::string& out, const char*& from) {
-  detail::ArgumentHead head{};
-  std::memcpy(&head, from, sizeof head);
-  from += sizeof head;
-  if (head.kind == detail::Kind::text) {
-    out.append(from, head.size);
-  } else {
-    std::uint64_t wide = 0;
-    std::memcpy(&wide, from, 8);
-    if (head.kind == detail::Kind::signedNumber) {
-      Orm::appendStringForm(out, static_cast<std::int64_t>(wide));
-    } else {
-      Orm::appendStringForm(out, wide);
-    }
+/// A string form may record a message of its own: then more than one buffer is taken.
+struct Buffers {
+  std::deque<std::string> all;
+  std::size_t taken = 0;
+};
+
+Buffers& buffers() {
+  static Buffers theBuffers;
+  return theBuffers;
+}
+
+const RecordHead& headAt(std::size_t place) {
+  return *std::launder(reinterpret_cast<const RecordHead*>(ring.bytes + place));
+}
+
+void readBetween(std::size_t from, std::size_t to, const Visit& visit) {
+  std::string text;
+  while (from != to) {
+    const RecordHead& head = headAt(from);
+    text = head.descriptor->signature;
+    if (!text.empty()) text += ": ";
+    const char* argument = ring.bytes + from + sizeof head;
+    const detail::Append* append = head.appends;
+    fill(text, head.descriptor->format,
+         [&](std::string& out) { argument = (*append++)(out, argument); });
+    visit(*head.descriptor, head.stamp, text);
+    from += head.size;
   }
-  from += detail::padded(head.size);
 }
 
 }  // namespace
 
-bool enabled() { return ring().enabled; }
-
 void enabledIs(bool on, std::size_t capacity) {
-  Ring& r = ring();
-  r.enabled = on;
+  ring.enabled = on;
   if (!on) return;
-  r.capacity = detail::padded(capacity);
-  r.bytes = std::make_unique<char[]>(r.capacity);
-  r.oldest = r.next = r.lost = 0;
+  ring.capacity = ring.limit = detail::padded(capacity);
+  ringBytes() = std::make_unique<char[]>(ring.capacity);
+  ring.bytes = ringBytes().get();
+  ring.oldest = ring.end = ring.next = 0;
+  ring.lost = 0;
 }
 
-void stampSourceIs(StampSource source) { ring().stamp = source; }
+void stampSourceIs(StampSource source) { ring.stamp = source; }
 
-std::uint64_t lost() { return ring().lost; }
+std::uint64_t lost() { return ring.lost; }
 
 void read(const Visit& visit) {
-  const Ring& r = ring();
-  std::string text;
-  for (std::uint64_t place = r.oldest; place != r.next; place = r.after(place)) {
-    const RecordHead head = r.headAt(place);
-    if (!head.descriptor) continue;
-    text = head.descriptor->signature;
-    if (!text.empty()) text += ": ";
-    const char* from = r.at(place) + sizeof head;
-    fill(text, head.descriptor->format, [&](std::string& out) { appendArgument(out, from); });
-    visit(*head.descriptor, head.stamp, text);
+  if (ring.end != 0) {
+    readBetween(ring.oldest, ring.end, visit);
+    readBetween(0, ring.next, visit);
+  } else {
+    readBetween(ring.oldest, ring.next, visit);
   }
 }
 
 namespace detail {
 
-char* open(const Descriptor& descriptor, std::size_t bytes) {
-  Ring& r = ring();
-  const std::size_t size = sizeof(RecordHead) + bytes;
-  if (size + sizeof(RecordHead) > r.capacity) {
-    ++r.lost;
-    return nullptr;
+std::string& Form::takeBuffer() {
+  Buffers& pool = buffers();
+  if (pool.taken == pool.all.size()) pool.all.emplace_back();
+  std::string& buffer = pool.all[pool.taken++];
+  buffer.clear();
+  return buffer;
+}
+
+void Form::giveBuffer() noexcept { --buffers().taken; }
+
+bool makeRoom(std::size_t size) {
+  if (size > ring.capacity) {
+    ++ring.lost;
+    return false;
   }
-  // A head must always fit behind a record, to say that the ring goes on at its beginning.
-  const std::size_t left = r.leftUntilEnd(r.next);
-  if (left < size + sizeof(RecordHead) && left != size) {
-    r.freeUpTo(r.next + left + size);
-    r.put(r.next, {nullptr, 0, left});
-    r.next += left;
+  while (ring.limit - ring.next < size) {
+    if (ring.end == 0) {
+      // What is left at the end is too short: the ring goes on at its beginning.
+      ring.end = ring.next;
+      ring.next = 0;
+      ring.limit = ring.oldest;
+    } else if (ring.oldest == ring.end) {
+      ring.oldest = ring.end = 0;
+      ring.limit = ring.capacity;
+    } else {
+      // Some more than are in the way, so that few records have to wait for it.
+      const std::size_t enough = std::min(ring.end, ring.next + size + ring.capacity / 1024);
+      std::size_t oldest = ring.oldest;
+      do {
+        ++ring.lost;
+        oldest += headAt(oldest).size;
+      } while (oldest < enough);
+      ring.limit = ring.oldest = oldest;
+    }
   }
-  r.freeUpTo(r.next + size);
-  r.put(r.next, {&descriptor, r.stamp ? r.stamp() : 0, size});
-  char* const to = r.at(r.next) + sizeof(RecordHead);
-  r.next += size;
-  return to;
+  return true;
 }
 
 }  // namespace detail

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <new>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -28,7 +30,7 @@ struct Descriptor {
 
 inline constexpr std::size_t kDefaultCapacity = 1024 * 1024;  // bytes
 
-bool enabled();
+inline bool enabled();
 /// Switches recording on, into an empty ring of `capacity` bytes, or off; what was recorded can
 /// be read until it is switched on again.
 void enabledIs(bool on, std::size_t capacity = kDefaultCapacity);
@@ -73,71 +75,143 @@ consteval std::size_t placeholders(std::string_view format) {
 
 namespace detail {
 
-enum class Kind : std::uint32_t { text, unsignedNumber, signedNumber };
+/// Stored in the ring as its bytes, and put into words when the record is read: what has no parts
+/// elsewhere that could change or go until then.
+template <class T>
+inline constexpr bool isPlain =
+    std::is_arithmetic_v<T> || Orm::EnumWithStringForm<T> || Orm::PlainValue<T>;
 
-// An argument in the ring: its head, then the text's bytes up to the next multiple of 8.
-struct ArgumentHead {
-  Kind kind;
-  std::uint32_t size;  // of the text
+template <class T>
+inline constexpr bool isText = !isPlain<T> && std::is_convertible_v<const T&, std::string_view>;
+
+/// The string form of anything else, in a buffer that is used again and again.
+class Form {
+ public:
+  template <class T>
+  explicit Form(const T& value) : text_(takeBuffer()) {
+    Orm::appendStringForm(text_, value);
+  }
+  ~Form() { giveBuffer(); }
+  Form(const Form&) = delete;
+  Form& operator=(const Form&) = delete;
+  operator std::string_view() const { return text_; }
+
+ private:
+  // The one that was taken last is given back first.
+  static std::string& takeBuffer();
+  static void giveBuffer() noexcept;
+
+  std::string& text_;
 };
 
-template <class T>
-inline constexpr bool isNumber =
-    std::is_integral_v<T> && !std::is_same_v<T, bool> && !std::is_same_v<T, char>;
-
-/// What of an argument is copied: numbers as they are, everything else as text.
+/// What of an argument is copied.
 template <class T>
 decltype(auto) storable(const T& value) {
-  if constexpr (isNumber<T>) {
+  if constexpr (isPlain<T>) {
     return value;
-  } else if constexpr (std::is_convertible_v<const T&, std::string_view>) {
+  } else if constexpr (isText<T>) {
     return std::string_view(value);
   } else {
-    return Orm::stringForm(value);
+    return Form(value);
   }
 }
 
 constexpr std::size_t padded(std::size_t size) { return (size + 7) & ~std::size_t{7}; }
 
+// Arguments stand one after the other without gaps: a plain one as it is, a text behind its size.
+using TextSize = std::uint32_t;
+
 template <class T>
 std::size_t bytesOf(const T& value) {
-  if constexpr (isNumber<T>) {
-    return sizeof(ArgumentHead) + 8;
+  if constexpr (isPlain<T>) {
+    return sizeof(T);
   } else {
-    return sizeof(ArgumentHead) + padded(value.size());
+    return sizeof(TextSize) + std::string_view(value).size();
   }
 }
 
 template <class T>
-char* copy(char* to, const T& value) {
-  if constexpr (isNumber<T>) {
-    const ArgumentHead head{std::is_signed_v<T> ? Kind::signedNumber : Kind::unsignedNumber, 8};
-    const auto wide = static_cast<std::uint64_t>(value);
-    std::memcpy(to, &head, sizeof head);
-    std::memcpy(to + sizeof head, &wide, 8);
+[[gnu::always_inline]] inline char* copy(char* to, const T& value) {
+  if constexpr (isPlain<T>) {
+    std::memcpy(to, &value, sizeof value);
+    return to + sizeof value;
   } else {
-    const ArgumentHead head{Kind::text, static_cast<std::uint32_t>(value.size())};
-    std::memcpy(to, &head, sizeof head);
-    value.copy(to + sizeof head, value.size());
+    const std::string_view text(value);
+    const auto size = static_cast<TextSize>(text.size());
+    std::memcpy(to, &size, sizeof size);
+    to += sizeof size;
+    if (!text.empty()) std::memcpy(to, text.data(), text.size());
+    return to + text.size();
   }
-  return to + bytesOf(value);
 }
 
-/// Room for a record with `bytes` of arguments, its head written; null when it is too large.
-char* open(const Descriptor& descriptor, std::size_t bytes);
+/// Appends the string form of a stored argument and returns where the next one begins.
+using Append = const char* (*)(std::string& out, const char* from);
+
+template <class T>
+const char* appendStored(std::string& out, const char* from) {
+  if constexpr (isPlain<T>) {
+    T value;
+    std::memcpy(&value, from, sizeof value);
+    Orm::appendStringForm(out, value);
+    return from + sizeof value;
+  } else {
+    TextSize size = 0;
+    std::memcpy(&size, from, sizeof size);
+    out.append(from + sizeof size, size);
+    return from + sizeof size + size;
+  }
+}
 
 template <class... Stored>
-void store(const Descriptor& descriptor, const Stored&... arguments) {
-  char* to = open(descriptor, (std::size_t{0} + ... + bytesOf(arguments)));
-  if (!to) return;
+inline constexpr std::array<Append, sizeof...(Stored)> kAppends{&appendStored<Stored>...};
+
+struct RecordHead {
+  const Descriptor* descriptor;
+  const Append* appends;  // one an argument
+  std::int64_t stamp;
+  std::uint64_t size;  // of the whole record
+};
+
+// Records lie one after the other from `oldest` to `next`; when the ring has come round, from
+// `oldest` to `end` and then from the beginning to `next`. A record never wraps.
+struct Ring {
+  char* bytes = nullptr;
+  std::size_t capacity = 0;
+  std::size_t oldest = 0;
+  std::size_t end = 0;  // 0: has not come round
+  std::size_t next = 0;
+  std::size_t limit = 0;  // from next to here nothing is stored
+  std::uint64_t lost = 0;
+  bool enabled = false;
+  StampSource stamp = nullptr;
+};
+
+inline constinit Ring ring;
+
+/// Gives up the oldest records until one of `size` bytes fits; false when none of that size can.
+bool makeRoom(std::size_t size);
+
+// Both are called from sites that the compiler takes for rare; they are short all the same.
+template <class... Stored>
+[[gnu::hot]] void store(const Descriptor& descriptor, const Stored&... arguments) {
+  const std::size_t size = padded(sizeof(RecordHead) + (std::size_t{0} + ... + bytesOf(arguments)));
+  if (ring.limit - ring.next < size && !makeRoom(size)) return;
+  char* const at = ring.bytes + ring.next;
+  ring.next += size;
+  const std::int64_t stamp = ring.stamp ? ring.stamp() : 0;
+  ::new (at) RecordHead{&descriptor, kAppends<Stored...>.data(), stamp, size};
+  [[maybe_unused]] char* to = at + sizeof(RecordHead);
   ((to = copy(to, arguments)), ...);
 }
 
 }  // namespace detail
 
+inline bool enabled() { return detail::ring.enabled; }
+
 /// Records one message. The caller has asked whether recording is on.
 template <class... Arguments>
-void record(const Descriptor& descriptor, const Arguments&... arguments) {
+[[gnu::hot]] void record(const Descriptor& descriptor, const Arguments&... arguments) {
   detail::store(descriptor, detail::storable(arguments)...);
 }
 

@@ -142,9 +142,9 @@ TEST_F(ActivityLoopTest, EqualTimes_TheLowerRankComesFirst) {
 TEST_F(ActivityLoopTest, EqualTimesAndRanks_TheSmallerSequenceComesFirst) {
   Script script(log_, Orm::kOrdinaryRank);
   loop_.sourceIs(script);
-  const std::uint64_t first = clock_->nextSequence();
+  const std::uint64_t first = Orm::Clock::nextSequence();
   const auto a = alarm(1, "a");
-  const std::uint64_t second = clock_->nextSequence();
+  const std::uint64_t second = Orm::Clock::nextSequence();
   const auto b = alarm(1, "b");
   script.workIs(1, first, "1");
   script.workIs(1, second, "2");
@@ -162,8 +162,8 @@ TEST_F(ActivityLoopTest, EqualTimes_OfFloatNoiseAreOrderedByRank) {
 }
 
 TEST_F(ActivityLoopTest, NextSequence_Grows) {
-  const std::uint64_t first = clock_->nextSequence();
-  EXPECT_LT(first, clock_->nextSequence());
+  const std::uint64_t first = Orm::Clock::nextSequence();
+  EXPECT_LT(first, Orm::Clock::nextSequence());
 }
 
 TEST_F(ActivityLoopTest, SourceDel_ItsWorkIsNotDoneAnyMore) {

@@ -165,6 +165,37 @@ TEST_F(ClockTest, ArmedAgainForAnEqualTime_FiresAfterThoseThatAreThere) {
   EXPECT_EQ(log_, "acb");
 }
 
+TEST_F(ClockTest, DisarmedAndArmedForTheSameTime_FiresAfterThoseThatAreThere) {
+  const auto a = alarm(20, "a");
+  const auto b = alarm(20, "b");
+  a->timeMinIs(kNever);
+  a->timeMinIs(20);
+  run();
+  EXPECT_EQ(log_, "ba");
+}
+
+TEST_F(ClockTest, MovedToAnotherTimeOfItsTick_FiresAfterThoseThatAreThere) {
+  const auto a = alarm(20, "a");
+  const auto b = alarm(20, "b");
+  a->timeMinIs(20 - 1e-9);
+  run();
+  EXPECT_EQ(log_, "ba");
+}
+
+TEST_F(ClockTest, TimesTooFarAwayForATick_AreKeptAndLeaveTheDueTime) {
+  Alarm alarm(clock_, 20);
+  for (const Orm::Seconds time : {9.2e12, 9.3e12, 1e300}) {
+    alarm.timeMinIs(time);
+    EXPECT_EQ(alarm.timeMin(), time);
+    EXPECT_EQ(alarm.dueTime(), 9.2e12);
+    EXPECT_TRUE(alarm.isArmed());
+  }
+  alarm.timeMinIs(30);
+  run();
+  EXPECT_EQ(alarm.fired(), 1);
+  EXPECT_EQ(alarm.dueTime(), 30);
+}
+
 TEST_F(ClockTest, MovedLater_FiresThenAndNotBefore) {
   const auto a = alarm(20, "a");
   const auto b = alarm(25, "b");

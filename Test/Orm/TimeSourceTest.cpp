@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
+#include <random>
 
 #include "Platform/Orm/TimeSource.h"
 
@@ -17,6 +19,19 @@ TEST(TimeSourceTest, TickOf_RoundsToWholeMicroseconds) {
   EXPECT_EQ(tickOf(0.000'000'6), 1);
   EXPECT_EQ(tickOf(-1.5), -1'500'000);
   EXPECT_EQ(tickOf(1'700'000'000.123'456), 1'700'000'000'123'456);
+}
+
+TEST(TimeSourceTest, TickOf_RoundsHalfAwayFromZeroAtAnySize) {
+  std::mt19937_64 random(1);
+  for (double scale = 1e-8; scale < 9e12; scale *= 3) {
+    for (int turn = 0; turn != 200; ++turn) {
+      const double whole = static_cast<double>(random()) * 0x1p-64 * scale;
+      const double halves = std::floor(whole * 2e6) * 0.5e-6;
+      for (const double time : {whole, halves, std::nextafter(halves, 0.0), -whole, -halves}) {
+        ASSERT_EQ(tickOf(time), static_cast<Orm::Tick>(std::round(time * 1e6))) << time;
+      }
+    }
+  }
 }
 
 TEST(TimeSourceTest, TickOf_SumsThatDifferInTheLastBitsAreEqual) {

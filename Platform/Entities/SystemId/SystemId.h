@@ -15,6 +15,8 @@ namespace Controller {
 /// form is the name of the switch's connection and the key of what is kept per connection.
 class SystemId {
  public:
+  static constexpr bool kPlainValue = true;
+
   constexpr SystemId() = default;
   explicit constexpr SystemId(Pomix::EthAddr address) : address_(address) {}
 
