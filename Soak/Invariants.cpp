@@ -1,10 +1,6 @@
 #include "Soak/Invariants.h"
 
-#include <algorithm>
 #include <array>
-#include <functional>
-#include <map>
-#include <type_traits>
 #include <vector>
 
 #include "Fabric/SimulatedMountSm.h"
@@ -35,16 +31,6 @@ using Orm::Ptr;
 using Orm::String;
 
 namespace {
-
-/// Puts the message together only when it is needed.
-template <class... Texts>
-void require(bool holds, std::string_view what, const Texts&... of) {
-  if (holds) [[likely]]
-    return;
-  std::string text;
-  ((text += ' ', text += std::string_view(of)), ...);
-  throw Broken(std::string(what), text);
-}
 
 /// Collections have no iterators for the standard's algorithms.
 template <class Members, class Predicate>
@@ -104,61 +90,6 @@ bool Invariants::hasWaitingEntry(const String& service) const {
   return anyOf(registrySm(simulation_).publishRegistryEntrySm(), [&service](const auto& machine) {
     return machine->publishEntry()->serviceName() == service &&
            machine->entityPresenceCheckClockTimeMin() != Orm::kNever;
-  });
-}
-
-/// The entries that are found by a service are those of a walk over all of them, in its order.
-void Invariants::checkIndexes() const {
-  const MountsRegistrySm& machine = registrySm(simulation_);
-  std::map<String, std::vector<const MountsRegistryEntrySm*>> mounts;
-  for (const auto& entry : machine.mountsRegistryEntrySm()) {
-    std::set<String> services;
-    for (const Ptr<Mounter>& mounter : entry->registryEntry()->mounter()) {
-      services.insert(Truth::realName(mounter->serviceName()));
-    }
-    for (const String& service : services) mounts[service].push_back(entry.get());
-  }
-  std::map<String, std::vector<const PublishRegistryEntrySm*>> publications;
-  for (const auto& entry : machine.publishRegistryEntrySm()) {
-    publications[Truth::realName(entry->publishEntry()->serviceName())].push_back(entry.get());
-  }
-  const auto check = [](const auto& all, const auto& index) {
-    require(all.size() == index.services(), "an index has the services that have entries");
-    for (const auto& [service, entries] : all) {
-      std::remove_cvref_t<decltype(entries)> found;
-      index.walk(service, [&found](const auto& entry) { found.push_back(&entry); });
-      require(found == entries, "an index has the entries of a service:", service.view());
-    }
-  };
-  check(mounts, machine.mountsOfService());
-  check(publications, machine.publicationsOfService());
-}
-
-/// A timer that the clock knows belongs to a machine that is reached from the top ones, or is a
-/// round of a simulated demultiplexer that is there. What it points at is not looked at before.
-void Invariants::checkTimers() const {
-  std::vector<const Orm::ClockTimer*> living;
-  for (const auto& entry : registrySm(simulation_).mountsRegistryEntrySm()) {
-    living.push_back(&entry->timeoutClock());
-  }
-  for (const auto& entry : registrySm(simulation_).publishRegistryEntrySm()) {
-    living.push_back(&entry->entityPresenceCheckClock());
-  }
-  const Controller::InitialMountSm& initial = *simulation_.machines()->initialMountSm();
-  living.push_back(&initial.connectionClock());
-  for (const auto& service : initial.serviceInitialMountSm()) {
-    for (const auto& group : service->mountGroupInitialMountSm()) {
-      living.push_back(&group->mountClock());
-      living.push_back(&group->attrlogFlushTimer());
-    }
-  }
-  simulation_.attrlog().walkDemuxers([&living](const Fabric::SimulatedDemuxer& demuxer) {
-    demuxer.walkRounds([&living](const Orm::ClockTimer& round) { living.push_back(&round); });
-  });
-  std::sort(living.begin(), living.end(), std::less<>());
-  simulation_.clock()->walkQueued([&living](const Orm::ClockTimer* timer) {
-    require(std::binary_search(living.begin(), living.end(), timer, std::less<>()),
-            "each timer has an owner that is there");
   });
 }
 
