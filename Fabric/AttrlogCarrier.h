@@ -26,6 +26,12 @@ class AttrlogCarrier {
   /// `before` or `after` is null when the connection appears or goes.
   void carry(const std::string& name, const Value& before, const Value& after, const Value& patch);
 
+  /// Calls visit(const SimulatedDemuxer&) for each that there is.
+  template <class Visit>
+  void walkDemuxers(Visit&& visit) const {
+    for (const auto& [connection, demuxer] : demuxers_) visit(demuxer);
+  }
+
  private:
   void appear(const std::string& name, const AttrlogView& after);
   void change(const std::string& name, const AttrlogView& after, const Value& patch);

@@ -31,6 +31,8 @@ class Carrier {
   /// Merges a patch that was resolved against the model, and carries it.
   void apply(Model& model, const Patch& patch);
 
+  const AttrlogCarrier& attrlog() const { return attrlog_; }
+
  private:
   /// `before` and `after`: the block's member (of `controller`, the block), null when absent.
   void carry(Block block, const Text& key, const Value& before, const Value& after,

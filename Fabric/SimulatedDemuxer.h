@@ -22,6 +22,11 @@ class SimulatedDemuxer {
   Orm::NboAttrLog::Demuxer& demuxer() const { return *demuxer_; }
   /// Seconds; 0: within the call; nothing: never.
   void syncIs(std::optional<Orm::Seconds> sync) { sync_ = sync; }
+  /// Calls visit(const Orm::ClockTimer&) for each round that is under way.
+  template <class Visit>
+  void walkRounds(Visit&& visit) const {
+    for (const auto& round : underWay_) visit(static_cast<const Orm::ClockTimer&>(*round));
+  }
 
  private:
   /// Reacts to a new round that is asked for.

@@ -73,6 +73,8 @@ class Simulation {
   const MountSimulation& mounts() const { return mounts_; }
   /// Null before start().
   const Machines* machines() const { return machines_.get(); }
+  /// The simulated attribute log.
+  const AttrlogCarrier& attrlog() const { return carrier_.attrlog(); }
   const Orm::Ptr<Orm::Clock>& clock() const { return clock_; }
 
  private:

@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace Soak {
@@ -18,5 +19,15 @@ class Broken : public std::runtime_error {
  private:
   std::string invariant_;
 };
+
+/// Throws Broken, with `what` and the texts of `of`, unless it holds. Puts them together only then.
+template <class... Texts>
+void require(bool holds, std::string_view what, const Texts&... of) {
+  if (holds) [[likely]]
+    return;
+  std::string text;
+  ((text += ' ', text += std::string_view(of)), ...);
+  throw Broken(std::string(what), text);
+}
 
 }  // namespace Soak

@@ -23,10 +23,19 @@ std::string keyAt(const Fabric::Object& object, std::size_t n) {
 }
 
 constexpr std::size_t kMostSwitches = 400;
+constexpr std::string_view kDirType = "Orm::Dir";
 
 }  // namespace
 
 std::vector<Fabric::Value> ChangeMaker::patches(Change change) {
+  std::vector<Value> made = changes(change);
+  const bool connects =
+      change == Change::connection || change == Change::flap || change == Change::switchSet;
+  if (!gone_.empty() && connects && !made.empty()) made.insert(made.begin(), directoriesBack());
+  return made;
+}
+
+std::vector<Fabric::Value> ChangeMaker::changes(Change change) {
   const auto one = [](Value patch) {
     return patch.isNull() ? std::vector<Value>() : std::vector<Value>{std::move(patch)};
   };
@@ -262,115 +271,6 @@ Fabric::Value ChangeMaker::patchOfGroup(const Group& group, std::string_view blo
       tree(group.service, tree(blockName, tree("groups", tree(group.name, std::move(patch))))));
 }
 
-Fabric::Value ChangeMaker::newMountBlock(std::string_view service) {
-  Object block;
-  if (!random_.chance(5)) block.set("generation", Value(names_.generations.front()));
-  if (random_.chance(8)) block.set("serviceName", random_.coin() ? Value("") : Value(service));
-  if (random_.chance(10)) block.set("status", Value(false));
-  Object groups;
-  for (const std::string& group : names_.groups) {
-    if (groups.empty() || random_.chance(3)) groups.set(group, newMountGroup(group));
-  }
-  block.set("groups", Value(std::move(groups)));
-  return Value(std::move(block));
-}
-
-Fabric::Value ChangeMaker::newPublishBlock(std::string_view service) {
-  Object block;
-  if (!random_.chance(5)) block.set("generation", Value(names_.generations.front()));
-  if (random_.chance(8)) block.set("serviceName", random_.coin() ? Value("") : Value(service));
-  if (random_.chance(10)) block.set("status", Value(false));
-  if (random_.coin()) block.set("ready", Value(true));
-  Object groups;
-  for (const std::string& group : names_.groups) {
-    if (groups.empty() || random_.chance(3)) groups.set(group, newPublishGroup(group));
-  }
-  block.set("groups", Value(std::move(groups)));
-  return Value(std::move(block));
-}
-
-/// Every other path is mostly of a group's own: in two groups of a service, which of them has it
-/// depends on what came first, and less can be said of it.
-bool ChangeMaker::mayName(std::string_view group, std::size_t path) {
-  const bool first = group == names_.groups.front();
-  return (path % 2 == 0) == first ? !random_.chance(3) : random_.chance(10);
-}
-
-Fabric::Value ChangeMaker::newMountGroup(std::string_view name) {
-  Object group;
-  if (random_.chance(4)) group.set("preserve", Value(true));
-  if (random_.chance(3)) group.set("systems", someSystems());
-  if (random_.chance(3)) group.set("versions", someVersions());
-  Object paths;
-  for (std::size_t at = 0; at != names_.mounts.size(); ++at) {
-    if (mayName(name, at)) paths.set(names_.mounts[at].path, newPath(names_.mounts[at]));
-  }
-  group.set("paths", Value(std::move(paths)));
-  return Value(std::move(group));
-}
-
-Fabric::Value ChangeMaker::newPublishGroup(std::string_view name) {
-  Object group;
-  if (random_.chance(3)) group.set("systems", someSystems());
-  if (random_.chance(3)) group.set("versions", someVersions());
-  Object paths;
-  for (std::size_t at = 0; at != names_.publications.size(); ++at) {
-    const Names::Path& path = names_.publications[at];
-    if (mayName(name, at)) paths.set(path.path, newPublication(path));
-  }
-  group.set("paths", Value(std::move(paths)));
-  Object dirs;
-  for (std::size_t at = 0; at != names_.directories.size(); ++at) {
-    const Names::Path& path = names_.directories[at];
-    if (mayName(name, at)) dirs.set(path.path, newDirectory(path));
-  }
-  group.set("dirs", Value(std::move(dirs)));
-  return Value(std::move(group));
-}
-
-Fabric::Value ChangeMaker::newPath(const Names::Path& path) {
-  Object object;
-  object.set("type", Value(path.type));
-  object.set("flags", Value(path.more));
-  object.set("target", Value(path.target));
-  return Value(std::move(object));
-}
-
-Fabric::Value ChangeMaker::newPublication(const Names::Path& path) {
-  return tree({{"remote", Value(path.more)}, {"type", Value(path.type)}});
-}
-
-Fabric::Value ChangeMaker::newDirectory(const Names::Path& path) {
-  return tree({{"remote", Value(path.more)},
-               {"type", Value(path.type)},
-               {"ready", Value(!random_.chance(3))}});
-}
-
-Fabric::Value ChangeMaker::someSystems() {
-  const bool list = random_.coin();
-  Value::Array ids;
-  Object members;
-  for (std::size_t left = random_.below(4); left != 0; --left) {
-    const std::string id = someId();
-    if (members.find(id)) continue;
-    ids.emplace_back(id);
-    members.set(id, Value(!random_.chance(5)));
-  }
-  return list ? Value(std::move(ids)) : Value(std::move(members));
-}
-
-Fabric::Value ChangeMaker::someVersions() {
-  const bool list = random_.coin();
-  Value::Array versions;
-  Object members;
-  for (std::size_t version = 0; version != 4; ++version) {
-    if (!random_.chance(3)) continue;
-    versions.push_back(whole(version));
-    members.set(std::to_string(version), Value(!random_.chance(5)));
-  }
-  return list ? Value(std::move(versions)) : Value(std::move(members));
-}
-
 Fabric::Value ChangeMaker::service() {
   if (names_.services.empty()) return {};
   const std::string& name = random_.pick(names_.services);
@@ -470,10 +370,46 @@ Fabric::Value ChangeMaker::readiness() {
 // ---- the rest
 
 Fabric::Value ChangeMaker::entity() {
+  if (random_.chance(4)) return gone_.empty() ? directoryGone() : directoriesBack();
   if (names_.publications.empty()) return {};
   const Names::Path& path = random_.pick(names_.publications);
   const bool known = model_.find(Block::entities, path.path) != nullptr;
   return tree("entities", tree(path.path, known ? Value() : Value(path.type)));
+}
+
+/// One patch, so that nobody connects in between.
+Fabric::Value ChangeMaker::directoryGone() {
+  if (names_.directories.empty()) return {};
+  const std::string& path = random_.pick(names_.directories).path;
+  const Object& entities = model_.block(Block::entities);
+  const Value* const known = entities.find(path);
+  const bool holds = std::any_of(entities.begin(), entities.end(), [&path](const auto& entity) {
+    return entity.key->starts_with(path + '/');
+  });
+  if (known == nullptr || holds || known->string() != kDirType) return {};
+  gone_.push_back(path);
+  Object patch;
+  if (!model_.block(Block::switches).empty()) {
+    patch.set("switches", tree("*", tree("connected", Value(false))));
+  }
+  patch.set("entities", tree(path, Value()));
+  return Value(std::move(patch));
+}
+
+Fabric::Value ChangeMaker::directoriesBack() {
+  Object entities;
+  for (const std::string& path : gone_) entities.set(path, Value(kDirType));
+  gone_.clear();
+  return tree("entities", Value(std::move(entities)));
+}
+
+Fabric::Value ChangeMaker::newDirectories(bool there) {
+  Object entities;
+  for (const Names::Path& path : names_.directories) {
+    if (there) entities.set(path.path, Value(kDirType));
+    if (!there) gone_.push_back(path.path);
+  }
+  return Value(std::move(entities));
 }
 
 Fabric::Value ChangeMaker::someHeartbeat() {

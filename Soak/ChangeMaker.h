@@ -17,7 +17,8 @@ namespace Soak {
 ///
 /// What a document may say and the controller answers by stopping is left out: a path whose type,
 /// flags or target differ from another service's or change, and a published directory that is not
-/// there.
+/// there while a switch is connected: it goes together with all connections, and is back before
+/// the next one.
 class ChangeMaker {
  public:
   /// All have to stay.
@@ -38,6 +39,8 @@ class ChangeMaker {
   Fabric::Value newPublishBlock(std::string_view service);
   Fabric::Value someHeartbeat();
   Fabric::Value someAttrlog();
+  /// The published directories, as entities, or none of them: then no switch may be connected.
+  Fabric::Value newDirectories(bool there);
 
  private:
   using Value = Fabric::Value;
@@ -49,6 +52,7 @@ class ChangeMaker {
     const Value* value;
   };
 
+  std::vector<Value> changes(Change change);
   std::vector<Value> flap();
   Value switchSet();
   Value version();
@@ -62,6 +66,8 @@ class ChangeMaker {
   Value directory();
   Value readiness();
   Value entity();
+  Value directoryGone();
+  Value directoriesBack();
   Value attrlog();
   Value behaviour();
 
@@ -92,6 +98,8 @@ class ChangeMaker {
   const Names& names_;
   const Fabric::Model& model_;
   Random& random_;
+  /// Directories that were taken away.
+  std::vector<std::string> gone_;
 };
 
 }  // namespace Soak

@@ -1,8 +1,6 @@
 #include "Soak/Invariants.h"
 
 #include <array>
-#include <map>
-#include <type_traits>
 #include <vector>
 
 #include "Fabric/SimulatedMountSm.h"
@@ -33,16 +31,6 @@ using Orm::Ptr;
 using Orm::String;
 
 namespace {
-
-/// Puts the message together only when it is needed.
-template <class... Texts>
-void require(bool holds, std::string_view what, const Texts&... of) {
-  if (holds) [[likely]]
-    return;
-  std::string text;
-  ((text += ' ', text += std::string_view(of)), ...);
-  throw Broken(std::string(what), text);
-}
 
 /// Collections have no iterators for the standard's algorithms.
 template <class Members, class Predicate>
@@ -103,50 +91,6 @@ bool Invariants::hasWaitingEntry(const String& service) const {
     return machine->publishEntry()->serviceName() == service &&
            machine->entityPresenceCheckClockTimeMin() != Orm::kNever;
   });
-}
-
-/// The entries that are found by a service are those of a walk over all of them, in its order.
-void Invariants::checkIndexes() const {
-  const MountsRegistrySm& machine = registrySm(simulation_);
-  std::map<String, std::vector<const MountsRegistryEntrySm*>> mounts;
-  for (const auto& entry : machine.mountsRegistryEntrySm()) {
-    std::set<String> services;
-    for (const Ptr<Mounter>& mounter : entry->registryEntry()->mounter()) {
-      services.insert(Truth::realName(mounter->serviceName()));
-    }
-    for (const String& service : services) mounts[service].push_back(entry.get());
-  }
-  std::map<String, std::vector<const PublishRegistryEntrySm*>> publications;
-  for (const auto& entry : machine.publishRegistryEntrySm()) {
-    publications[Truth::realName(entry->publishEntry()->serviceName())].push_back(entry.get());
-  }
-  const auto check = [](const auto& all, const auto& index) {
-    require(all.size() == index.services(), "an index has the services that have entries");
-    for (const auto& [service, entries] : all) {
-      std::remove_cvref_t<decltype(entries)> found;
-      index.walk(service, [&found](const auto& entry) { found.push_back(&entry); });
-      require(found == entries, "an index has the entries of a service:", service.view());
-    }
-  };
-  check(mounts, machine.mountsOfService());
-  check(publications, machine.publicationsOfService());
-}
-
-/// No more timers are armed than there are machines that have one.
-void Invariants::checkTimers() const {
-  const Controller::MountsRegistry& registry = *world().mountsRegistry();
-  std::size_t owners = registry.mountEntry().size() + registry.publishEntry().size();
-  const Controller::InitialMountSm& initial = *simulation_.machines()->initialMountSm();
-  owners += 1;  // the connection period's
-  std::size_t groups = 0;
-  for (const auto& service : initial.serviceInitialMountSm()) {
-    groups += service->mountGroupInitialMountSm().size();
-  }
-  owners += 2 * groups;  // window and flush
-  // A simulated demultiplexer has one for each round that it was asked for and has not reached,
-  // also by groups that have gone since; nothing is said while there is one.
-  if (!simulation_.model().block(Fabric::Block::attrlog).empty()) return;
-  require(simulation_.clock()->armedTimers() <= owners, "each timer has an owner");
 }
 
 void Invariants::checkRegistryMachine() const {

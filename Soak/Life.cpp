@@ -7,6 +7,7 @@
 #include <sstream>
 #include <streambuf>
 #include <string>
+#include <vector>
 
 #include "Fabric/JsonText.h"
 #include "Fabric/SimulationRun.h"
@@ -16,6 +17,7 @@
 #include "Soak/Broken.h"
 #include "Soak/Excuses.h"
 #include "Soak/Invariants.h"
+#include "Soak/Listener.h"
 #include "Soak/Meddler.h"
 #include "Soak/Rebuild.h"
 
@@ -63,6 +65,7 @@ class NoteStream final : public std::streambuf {
     return traits_type::not_eof(c);
   }
   std::streamsize xsputn(const char* text, std::streamsize size) override {
+    if (text_.empty() && note_.failed) return size;  // what came first counts
     text_.append(text, static_cast<std::size_t>(size));
     // "assertion failed: TEXT" stands alone on its line; time and place come behind it.
     note_.fail(text_.substr(0, text_.find('\n')), text_);
@@ -74,7 +77,7 @@ class NoteStream final : public std::streambuf {
   std::string text_;
 };
 
-/// Switches everything that can be traced on, and drops it.
+/// Switches everything that can be traced on, and hands it to whoever listens.
 class Noise final : public Dualog::Sink {
  public:
   Noise() : sinkBefore_(Dualog::sinkIs(this)) { all(Dualog::kHighestLevel, true); }
@@ -85,7 +88,25 @@ class Noise final : public Dualog::Sink {
   Noise(const Noise&) = delete;
   Noise& operator=(const Noise&) = delete;
 
-  void line(const Dualog::Line&) override {}
+  /// Null: nobody.
+  void listenerIs(Dualog::Sink* listener) { listener_ = listener; }
+
+  void line(const Dualog::Line& line) override {
+    said_.push_back(std::hash<std::string_view>()(line.text));
+    if (listener_) listener_->line(line);
+  }
+
+  /// Messages go to both traces: what the fast one has kept was said, in the same order.
+  void check() const {
+    auto next = said_.begin();
+    Zimlog::read([&](const Zimlog::Descriptor&, std::int64_t, std::string_view text) {
+      next = std::find(next, said_.end(), std::hash<std::string_view>()(text));
+      if (next == said_.end()) {
+        throw Broken("the fast trace says what the text trace says: ", std::string(text));
+      }
+      ++next;
+    });
+  }
 
  private:
   static void all(int level, bool fast) {
@@ -93,22 +114,37 @@ class Noise final : public Dualog::Sink {
     Dualog::fastTraceIs(fast);
   }
   Dualog::Sink* sinkBefore_;
+  Dualog::Sink* listener_ = nullptr;
+  std::vector<std::size_t> said_;  // hashes
 };
 
 /// One run with what watches it.
 class Run {
  public:
-  Run(const Fabric::Document& document, Note& note)
-      : note_(note),
+  /// `noise` may be null.
+  Run(const Fabric::Document& document, Noise* noise, Note& note)
+      : noise_(noise),
+        note_(note),
         errorBuffer_(note),
         errors_(&errorBuffer_),
         out_(&digest_),
         run_(document, errors_),
         meddler_((run_.eventsIs(out_), run_.simulation()), excuses_),
-        invariants_(run_.simulation(), excuses_) {}
+        invariants_(run_.simulation(), excuses_),
+        listener_(run_.simulation(), noise != nullptr) {
+    if (noise_) noise_->listenerIs(&listener_);
+  }
+  ~Run() {
+    if (noise_) noise_->listenerIs(nullptr);
+  }
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
 
   void go() {
-    meddler_.onPatchIs([this] { invariants_.patchCame(); });
+    meddler_.onPatchIs([this] {
+      invariants_.patchCame();
+      listener_.patchCame();
+    });
     meddler_.onReadyIs([this](std::string_view service, bool ready) {
       invariants_.readinessCame(service, ready);
     });
@@ -121,7 +157,7 @@ class Run {
                       },
                   .onStep = [this] { step(); }});
     run_.run();
-    invariants_.check();
+    check();
     audit();
   }
 
@@ -152,8 +188,20 @@ class Run {
     const Fabric::World& world = run_.simulation().world();
     due_ =
         world.mountsRegistry()->mountEntry().size() * world.peerTable()->peer().size() / kScanned;
-    invariants_.check();
+    check();
+    listener_.begin();
     if (++checks_ % kAuditedEvery == 0) audit();
+  }
+
+  void check() {
+    try {
+      listener_.check();
+      invariants_.check();
+    } catch (const Broken& broken) {
+      // It may not be possible to take down what is broken without the process being stopped.
+      note_.fail(broken.invariant(), broken.what());
+      throw;
+    }
   }
 
   /// What the objects and handles say of each other, where the build keeps books.
@@ -162,6 +210,7 @@ class Run {
     if (!found.empty()) throw Broken("handles and reactors agree", ": " + found);
   }
 
+  Noise* noise_;
   Note& note_;
   NoteStream errorBuffer_;
   std::ostream errors_;
@@ -171,6 +220,7 @@ class Run {
   Fabric::SimulationRun run_;
   Meddler meddler_;
   Invariants invariants_;
+  Listener listener_;
   std::size_t checks_ = 0;
   std::size_t due_ = 0;  // pieces of work until the next check
 };
@@ -199,7 +249,7 @@ std::uint64_t live(std::string_view text, const Way& way, Note& note) {
   {
     const Fabric::Document document = Fabric::Document::parse("soak.json", text);
     settling = document.until() - (document.events().empty() ? 0 : document.events().back().at);
-    Run run(document, note);
+    Run run(document, noise ? &*noise : nullptr, note);
     run.go();
     state = run.state();
     digest = run.digest();
@@ -207,6 +257,7 @@ std::uint64_t live(std::string_view text, const Way& way, Note& note) {
     excuses = run.excuses();
     untold = run.untold();
   }
+  if (noise) noise->check();
   requireNothingAlive(aliveBefore);
   if (settling < kSettled || excuses.isIncomparable()) return digest;
   compareWithRebuilt(state, model, excuses, untold);

@@ -41,6 +41,12 @@ void Meddler::note(std::string_view text) {
 }
 
 void Meddler::apply(const Fabric::Event& event) {
+  // A published directory goes while no switch is connected, and comes before one is.
+  if (bringsOrTakesDirectory(*event.apply)) {
+    within_.reset();
+    applyWaiting();
+    return applyNow(*event.apply);
+  }
   if (const auto within = std::exchange(within_, std::nullopt)) {
     applyWaiting();
     // Another service's entry in place of one that is just going stops the process.
@@ -61,6 +67,19 @@ bool Meddler::bringsOrTakesService(const Fabric::Patch& patch) const {
            (step.patch.isNull() ||
             std::any_of(step.keys->begin(), step.keys->end(), [this](const Fabric::Text& key) {
               return !simulation_.model().find(Fabric::Block::services, *key);
+            }));
+  });
+}
+
+bool Meddler::bringsOrTakesDirectory(const Fabric::Patch& patch) const {
+  const auto isDirectory = [](const Fabric::Value* entity) {
+    return entity != nullptr && entity->isString() && entity->string() == "Orm::Dir";
+  };
+  return std::any_of(patch.steps.begin(), patch.steps.end(), [&](const Fabric::Step& step) {
+    return step.block == Fabric::Block::entities &&
+           (isDirectory(&step.patch) ||
+            std::any_of(step.keys->begin(), step.keys->end(), [&](const Fabric::Text& key) {
+              return isDirectory(simulation_.model().find(Fabric::Block::entities, *key));
             }));
   });
 }

@@ -76,6 +76,7 @@ class Meddler final : public Fabric::StatusObserver {
   void carryOut(const Fault& fault);
   void told(Fault::Notice notice);
   bool bringsOrTakesService(const Fabric::Patch& patch) const;
+  bool bringsOrTakesDirectory(const Fabric::Patch& patch) const;
   void applyWaiting();
   void applyNow(const Fabric::Patch& patch);
 

@@ -28,8 +28,8 @@ struct Names {
   std::vector<std::string> attrlogs;
   std::vector<Path> mounts;
   std::vector<Path> publications;
-  /// Their directories stand from the start on: one that is missing while a switch is connected
-  /// stops the process.
+  /// Their directories stand whenever a switch is connected: one that is missing then stops the
+  /// process.
   std::vector<Path> directories;
 
   /// Those of random fabrics.

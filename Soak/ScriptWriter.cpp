@@ -42,6 +42,7 @@ class Writer {
   /// The start of a random fabric. Once, before the events.
   Value start() {
     Object document;
+    directories_ = !random_.chance(8);
     document.set("controller", controller());
     document.set("entities", entities());
     document.set("attrlog", attrlog());
@@ -75,8 +76,7 @@ class Writer {
   }
 
   Value entities() {
-    Object block;
-    for (const Names::Path& path : names_.directories) block.set(path.path, Value("Orm::Dir"));
+    Object block = maker_.newDirectories(directories_).object();
     for (const Names::Path& path : names_.publications) {
       if (random_.coin()) block.set(path.path, Value(path.type));
     }
@@ -114,7 +114,9 @@ class Writer {
       std::snprintf(id, sizeof id, "02:00:00:00:%02x:%02x", static_cast<unsigned>(number >> 8),
                     static_cast<unsigned>(number & 0xff));
       const std::string name = random_.chance(6) ? "" : "leaf" + std::to_string(number);
-      block.set(id, maker_.newSwitch(name));
+      Value made = maker_.newSwitch(name);
+      if (!directories_) made.mutableObject().set("connected", Value(false));
+      block.set(id, std::move(made));
     }
     return Value(std::move(block));
   }
@@ -131,8 +133,10 @@ class Writer {
     for (const Value& patch : maker_.patches(change)) {
       model_.apply(model_.resolve(kName, patch));
       Value event = tree("at", Value(at_));
-      // Whether a service is a proxy is said once, so that its patches keep their order.
-      if (change != Change::service && random_.below(100) < seed_.profile->within) {
+      // Whether a service is a proxy is said once, so that its patches keep their order; so do
+      // those of directories.
+      if (change != Change::service && change != Change::entity &&
+          random_.below(100) < seed_.profile->within) {
         Fault within;
         within.kind = Fault::Kind::within;
         within.notice = maker_.notice();
@@ -183,6 +187,7 @@ class Writer {
   ChangeMaker maker_;
   std::array<std::uint8_t, kChanges> weight_;
   double at_ = 0;
+  bool directories_ = true;  // stand at the start
 };
 
 }  // namespace

@@ -47,9 +47,10 @@ constexpr const char* kFooter =
     "that no document can say, such as reports out of order and changes within a notification.\n"
     "After each piece of work the machines are compared with a scan of the inputs; at the end "
     "with\n"
-    "a controller that is started afresh, and nothing may be left alive. The runs of a seed are "
-    "the\n"
-    "same everywhere; \"digest\" is that of all that came out of them.\n"
+    "a controller that is started afresh, and nothing may be left alive. Each 16th run is lived\n"
+    "once more with everything traced: what is said has to name things that are there. The runs "
+    "of\n"
+    "a seed are the same everywhere; \"digest\" is that of all that came out of them.\n"
     "\n"
     "Examples:\n"
     "  zorb soak --runs 10000                      seeds 1 to 10000\n"
@@ -87,7 +88,8 @@ SoakCommand::SoakCommand(CLI::App& app, const Console& console) : console_(conso
   soak.add_option("--hash-seed", hashSeed_, "Another order of all hash tables; changes nothing")
       ->type_name("N");
   soak.add_flag("--no-slabs", noSlabs_, "Each object from the system's allocator; changes nothing");
-  soak.add_flag("--traces", traces_, "Everything traced, into nowhere; changes nothing");
+  soak.add_flag("--traces", traces_,
+                "Everything traced, and what is said checked; changes nothing else");
 }
 
 void SoakCommand::checkUsage() const {
@@ -193,14 +195,17 @@ std::string SoakCommand::command(std::uint64_t seed) const {
   if (!profile_.empty()) text += " --profile " + profile_;
   text += " --events " + std::to_string(events_);
   if (!fabric_.empty()) text += " --fabric " + fabric_;
+  if (traces_) text += " --traces";
   return text;
 }
 
 void SoakCommand::shrink(const Soak::Note& failed) const {
   const std::string invariant = failed.invariant;
   std::string text;
-  const Soak::Crew crew([&text](std::uint64_t, Soak::Note& note) { Soak::live(text, {}, note); }, 1,
-                        20);
+  // Traced, because more is seen so.
+  const Soak::Crew crew(
+      [&text](std::uint64_t, Soak::Note& note) { Soak::live(text, {.traces = true}, note); }, 1,
+      20);
   Soak::Shrinker shrinker([&](const std::string& candidate) {
     if (Interrupt::wished()) return false;
     text = candidate;
@@ -212,8 +217,8 @@ void SoakCommand::shrink(const Soak::Note& failed) const {
   file.close();
   console_.errors << "zorb: tried " << shrinker.tries() << " smaller documents; " << shrunkPath_
                   << " still fails, with " << small.events.size() << " events\n"
-                  << "  repeat it with    zorb soak --runs 1 --events 0 --fabric " << shrunkPath_
-                  << std::endl;
+                  << "  repeat it with    zorb soak --runs 1 --events 0 --traces --fabric "
+                  << shrunkPath_ << std::endl;
 }
 
 }  // namespace Zorb

@@ -179,6 +179,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
 
   std::uint32_t timeoutPeriod() const { return timeoutPeriod_; }
   void startMountTimer();
+  const OrmTimeoutClock& timeoutClock() const { return timeoutClock_; }
   void timeoutClockIs(const Orm::Ptr<Orm::Clock>& clock);
   void timeoutClockDel();
 

@@ -140,6 +140,9 @@ class PublishRegistryEntrySm : public Orm::Sm, private Kobble::Counted<PublishRe
   void systemFilterDel() { systemFilter_.notifierIs(nullptr); }
   void versionFilterIs(const Orm::Ptr<MountFilterServiceVersion const>& filter);
   void versionFilterDel() { versionFilter_.notifierIs(nullptr); }
+  const OrmEntityPresenceCheckClock& entityPresenceCheckClock() const {
+    return entityPresenceCheckClock_;
+  }
   void entityPresenceCheckClockIs(const Orm::Ptr<Orm::Clock>& clock);
   void entityPresenceCheckClockDel() { entityPresenceCheckClock_.notifierIs(nullptr); }
   /// kNever while disarmed; an entry whose clock is armed holds its service's readiness back.

@@ -1,5 +1,6 @@
 #include "Platform/Orm/Audit.h"
 
+#include <mutex>
 #include <typeinfo>
 #include <unordered_map>
 #include <unordered_set>
@@ -12,6 +13,7 @@ namespace Orm::Audit {
 namespace {
 
 struct Books {
+  std::mutex mutex;
   std::unordered_set<const PtrInterface*> objects;
   std::unordered_map<const void*, const void*> handles;
   std::unordered_set<const Reactor*> reactors;
@@ -25,11 +27,18 @@ Books& books() {
 
 }  // namespace
 
-void noteObject(const PtrInterface* object) { books().objects.insert(object); }
+void noteObject(const PtrInterface* object) {
+  const std::lock_guard lock(books().mutex);
+  books().objects.insert(object);
+}
 
-void noteObjectGone(const PtrInterface* object) { books().objects.erase(object); }
+void noteObjectGone(const PtrInterface* object) {
+  const std::lock_guard lock(books().mutex);
+  books().objects.erase(object);
+}
 
 void noteHandle(const void* handle, const void* object) {
+  const std::lock_guard lock(books().mutex);
   if (object) {
     books().handles[handle] = object;
   } else {
@@ -37,12 +46,19 @@ void noteHandle(const void* handle, const void* object) {
   }
 }
 
-void noteReactor(const Reactor* reactor) { books().reactors.insert(reactor); }
+void noteReactor(const Reactor* reactor) {
+  const std::lock_guard lock(books().mutex);
+  books().reactors.insert(reactor);
+}
 
-void noteReactorGone(const Reactor* reactor) { books().reactors.erase(reactor); }
+void noteReactorGone(const Reactor* reactor) {
+  const std::lock_guard lock(books().mutex);
+  books().reactors.erase(reactor);
+}
 
 std::string findings() {
-  const Books& all = books();
+  Books& all = books();
+  const std::lock_guard lock(all.mutex);
   std::unordered_map<const void*, std::uint32_t> counts;
   for (const auto& [handle, object] : all.handles) ++counts[object];
   std::size_t found = 0;

@@ -4,7 +4,8 @@
 
 /// The books of all counted objects, handles and reactors, to be compared with what the objects say
 /// of themselves. Builds with ZORB_AUDIT keep them, at several times the cost of everything; in all
-/// others nothing is kept and nothing costs anything. Loop thread only.
+/// others nothing is kept and nothing costs anything. Handles may come and go on several threads;
+/// findings() wants that none does meanwhile.
 namespace Orm {
 
 class PtrInterface;
