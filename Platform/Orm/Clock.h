@@ -35,12 +35,12 @@ class Clock : public Entity, public ActivitySource, private Kobble::Counted<Cloc
   static std::uint64_t nextSequence() { return sequence_++; }
 
   std::uint32_t armedTimers() const;  // O(n); for tests and checks
-  /// Calls visit(const ClockTimer*) for each timer that the clock has a place for: those that are
-  /// armed, and those that were disarmed before they surfaced. For checks, which ask whether it is
-  /// alive before they look at it.
+  /// Calls visit(const ClockTimer*) for each timer that stands in the queue: those that are armed,
+  /// and those that were disarmed before they surfaced. For checks, which ask whether it is alive:
+  /// each is handed over before it is looked at.
   template <class Visit>
   void walkQueued(Visit&& visit) const {
-    for (const Place& place : heap_) visit(static_cast<const ClockTimer*>(place.timer));
+    heap_.walk([&visit](const ClockTimer& timer) { visit(&timer); });
   }
 
   Due nextDue() override;

@@ -41,7 +41,7 @@ class TimerHeap {
     if (children) first_ = joined(first_, children);
   }
 
-  /// Calls visit(timer) for each, in no order. O(n); for tests and checks.
+  /// Calls visit(timer) for each, in no order, before it looks at it. O(n); for tests and checks.
   template <class Visit>
   void walk(Visit&& visit) const {
     std::vector<const Timer*> left{first_};
