@@ -58,6 +58,18 @@ TEST(PeerTableTest, PeerThatIsThere_IsGivenAgainUnlessItsAddressDiffers) {
   EXPECT_EQ(listener.told(), 0);
 }
 
+TEST(PeerTableTest, PeerThatWasNotThere_IsFoundOnceItHasCome) {
+  const auto table = Orm::make<PeerTable>();
+  EXPECT_FALSE(table->peer(kA));
+  EXPECT_FALSE(table->peer(kA));
+  const auto peer = table->peerIs(kA, kFirst);
+  EXPECT_EQ(table->peer(kA), peer.get());
+  table->peerDel(kA);
+  EXPECT_FALSE(table->peer(kA));
+  table->peerIs(peer);
+  EXPECT_EQ(table->peer(kA), peer.get());
+}
+
 TEST(OobStatusTest, InactiveClientThatIsThere_IsGivenAgainUnlessItsAddressDiffers) {
   const auto status = Orm::make<ControllerOob::Status>();
   const auto inactive = status->inactiveIs(kA, kFirst);

@@ -368,7 +368,11 @@ TEST(CollectionTest, FindWithAHint_IsAsFindWhateverHappenedMeanwhile) {
   const auto change = [&] {
     const String name = nameOf(static_cast<int>(random() % hints.size()));
     if (random() % 200 == 0) things.clear();
-    if (things.take(name) || random() % 2 == 0) return;
+    const bool hinted = random() % 2 == 0;
+    const auto taken =
+        hinted ? things.take(name, hints[random() % hints.size()]) : things.take(name);
+    if (taken) ASSERT_EQ(taken->name(), name);
+    if (taken || random() % 2 == 0) return;
     things.insert(Orm::make<Thing>(name), hints[random() % hints.size()]);
   };
   const auto compare = [&] {
@@ -386,6 +390,36 @@ TEST(CollectionTest, FindWithAHint_IsAsFindWhateverHappenedMeanwhile) {
       change();
       compare();
     });
+  }
+}
+
+TEST(CollectionTest, TakeWithAHint_TakesTheMemberThatWasFoundOrAnyOther) {
+  for (const int count : {5, 30}) {
+    Things things;
+    fill(things, count);
+    Things::Hint hint = 0;
+    ASSERT_TRUE(things.find(nameOf(3), hint));
+    EXPECT_EQ(things.take(nameOf(3), hint)->name(), nameOf(3));
+    EXPECT_FALSE(things.take(nameOf(3), hint));
+    EXPECT_EQ(things.take(nameOf(1), hint)->name(), nameOf(1));
+    EXPECT_EQ(things.size(), static_cast<std::uint32_t>(count - 2));
+  }
+}
+
+TEST(CollectionTest, FindWithAHint_OneMemberAfterAnotherInTheirOrderAndNotIn) {
+  for (const int count : {5, 30}) {
+    Things things;
+    fill(things, count);
+    Things::Hint hint = 0;
+    for (int number = 0; number != count; ++number) {
+      ASSERT_EQ(things.find(nameOf(number), hint)->name(), nameOf(number));
+      ASSERT_EQ(hint, static_cast<Things::Hint>(number));
+    }
+    for (int number = count; number-- != 0;) {
+      ASSERT_EQ(things.find(nameOf(number), hint)->name(), nameOf(number));
+    }
+    EXPECT_FALSE(things.find("none", hint));
+    EXPECT_EQ(hint, 0U);
   }
 }
 
