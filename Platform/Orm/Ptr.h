@@ -22,17 +22,27 @@ inline void threadSafePtrsIs(bool on) { detail::threadSafePtrs = on; }
 
 namespace detail {
 
-inline void countUp(std::uint32_t& count) {
-  if (threadSafePtrs) [[unlikely]]
-    std::atomic_ref(count).fetch_add(1, std::memory_order_relaxed);
-  else
+// Counting is everywhere, so it is put where it is used whatever the compiler thinks of its size;
+// for that the atomic kind stands apart.
+[[gnu::noinline, gnu::cold]] inline void countUpAtomically(std::uint32_t& count) {
+  std::atomic_ref(count).fetch_add(1, std::memory_order_relaxed);
+}
+[[gnu::noinline, gnu::cold]] inline bool countDownAtomically(std::uint32_t& count) {
+  return std::atomic_ref(count).fetch_sub(1, std::memory_order_acq_rel) == 1;
+}
+
+[[gnu::always_inline]] inline void countUp(std::uint32_t& count) {
+  if (threadSafePtrs) [[unlikely]] {
+    countUpAtomically(count);
+  } else {
     ++count;
+  }
 }
 
 /// True when the count has reached zero.
-inline bool countDown(std::uint32_t& count) {
+[[gnu::always_inline]] inline bool countDown(std::uint32_t& count) {
   if (threadSafePtrs) [[unlikely]]
-    return std::atomic_ref(count).fetch_sub(1, std::memory_order_acq_rel) == 1;
+    return countDownAtomically(count);
   return --count == 0;
 }
 
@@ -61,8 +71,8 @@ class PtrInterface {
   template <class>
   friend class Ptr;
 
-  void ref() const { detail::countUp(refCount_); }
-  void unref() const {
+  [[gnu::always_inline]] void ref() const { detail::countUp(refCount_); }
+  [[gnu::always_inline]] void unref() const {
     if (detail::countDown(refCount_)) onLastRef();
   }
 
@@ -93,7 +103,8 @@ class Ptr {
 
   // The new object is counted before the old one is let go.
   Ptr& operator=(const Ptr& other) {
-    Ptr(other).swap(*this);
+    Ptr copy(other);
+    copy.swap(*this);
     return *this;
   }
   Ptr& operator=(Ptr&& other) noexcept {
