@@ -41,8 +41,8 @@ class Plain : public Orm::Entity, private Kobble::Counted<Plain> {
 template <class Subject>
 class Adder final : public Orm::ReactorOn<Subject, std::uint64_t> {
  public:
-  Adder(std::uint64_t* sum, const Orm::Ptr<Subject>& subject)
-      : Orm::ReactorOn<Subject, std::uint64_t>(sum) {
+  Adder(std::uint64_t& sum, const Orm::Ptr<Subject>& subject)
+      : Orm::ReactorOn<Subject, std::uint64_t>(&sum) {
     this->notifierIs(subject);
   }
   void onAttribute(Orm::AttributeId, const Orm::Key&) override {
@@ -56,7 +56,7 @@ void notify(benchmark::State& state) {
   const auto subject = Orm::make<Value>();
   std::vector<std::unique_ptr<Adder<Value>>> notifiees;
   for (std::int64_t at = 0; at != state.range(0); ++at) {
-    notifiees.push_back(std::make_unique<Adder<Value>>(&sum, subject));
+    notifiees.push_back(std::make_unique<Adder<Value>>(sum, subject));
   }
   int value = 0;
   for (auto _ : state) {
@@ -70,7 +70,7 @@ BENCHMARK(notify)->Name("notify/zorb")->Arg(0)->Arg(1)->Arg(8);
 void unchanged(benchmark::State& state) {
   std::uint64_t sum = 0;
   const auto subject = Orm::make<Value>();
-  const Adder<Value> notifiee(&sum, subject);
+  const Adder<Value> notifiee(sum, subject);
   int value = 42;
   subject->valueIs(value);
   for (auto _ : state) {
@@ -86,7 +86,7 @@ BENCHMARK(unchanged)->Name("unchanged/zorb");
 void unchangedText(benchmark::State& state) {
   std::uint64_t sum = 0;
   const auto subject = Orm::make<Value>();
-  const Adder<Value> notifiee(&sum, subject);
+  const Adder<Value> notifiee(sum, subject);
   subject->textIs(kText);
   Orm::String given(kText);
   for (auto _ : state) {
@@ -102,7 +102,7 @@ void life(benchmark::State& state) {
   std::uint64_t sum = 0;
   for (auto _ : state) {
     const auto subject = Orm::make<Plain>();
-    const Adder<Plain> notifiee(&sum, subject);
+    const Adder<Plain> notifiee(sum, subject);
     subject->valueIs(1);
   }
   state.counters["bytes"] = sizeof(Plain) + sizeof(Adder<Plain>);

@@ -43,10 +43,8 @@ void message(const Orm::String& name, const Orm::String& path, int from, int to)
 void messages(benchmark::State& state) {
   const Orm::String name(kName);
   const Orm::String path(kPath);
-  int from = 2;
   for (auto _ : state) {
-    benchmark::DoNotOptimize(from);
-    message(name, path, from, 4);
+    message(name, path, 2, 4);
     benchmark::ClobberMemory();
   }
   perItem(state, 1);

@@ -9,19 +9,20 @@ namespace Orm {
 /// scope ends, so that a handler may remove whatever called it, itself included.
 ///
 /// Every notification, every walk of a collection and every fired clock opens a scope; so do the
-/// library's factories. Loop thread only. Costs an increment and a decrement.
+/// library's factories. Loop thread only. Costs two stores, which nothing waits for.
 class ActivityScope {
  public:
-  ActivityScope() { ++depth_; }
+  ActivityScope() : outermost_(!active_) { active_ = true; }
   ~ActivityScope() {
-    if (depth_ == 1 && zombies_ != 0) [[unlikely]]
+    if (!outermost_) return;
+    if (zombies_ != 0) [[unlikely]]
       reclaim();
-    --depth_;
+    active_ = false;
   }
   ActivityScope(const ActivityScope&) = delete;
   ActivityScope& operator=(const ActivityScope&) = delete;
 
-  static bool active() { return depth_ != 0; }
+  static bool active() { return active_; }
   /// Objects that wait for the outermost scope's end. For tests.
   static std::uint32_t zombies() { return zombies_; }
 
@@ -33,7 +34,9 @@ class ActivityScope {
   static void reclaimLater(const void* object, Destroy destroy);
   static void reclaim();
 
-  static inline constinit std::uint32_t depth_ = 0;
+  const bool outermost_;
+
+  static inline constinit bool active_ = false;
   static inline constinit std::uint32_t zombies_ = 0;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <utility>
 
@@ -12,7 +13,7 @@
 namespace Orm {
 
 /// A hash table whose members stand in a dense array in order of insertion, with an index of
-/// 32-bit places beside it; the ground that the collections stand on.
+/// places beside it; the ground that the collections stand on.
 ///
 /// Traits: Slot and Key; `const Key& key(const Slot&)`, `bool live(const Slot&)`,
 /// `void kill(Slot&)` (leaves a slot that is not live), `std::uint32_t hash(const Key&)`.
@@ -133,8 +134,10 @@ class DenseTable {
   Iterator end() const { return {slots_ + used_, slots_ + used_}; }
 
  private:
-  /// Looks at the next place first: who looks for one member after another mostly does it in the
-  /// order in which they came, as a walk over all peers does in the tables of every entry.
+  /// What is left when a hint does not hold; apart, so that one that holds costs no more than the
+  /// compare where it is used. Looks at the next place first: who looks for one member after
+  /// another mostly does it in the order in which they came, as a walk over all peers does in the
+  /// tables of every entry.
   [[gnu::noinline]] Slot* search(const Key& key, Hint& hint) const {
     const std::uint32_t next = hint + 1;
     const bool isNext =
@@ -167,12 +170,18 @@ class DenseTable {
 
   // An index entry is 0 or, in its low `bits_` bits, a place plus one, and above them bits of the
   // member's hash, so that most mismatches are seen without going to the member. The top `bits_`
-  // bits of the hash say where the search begins.
+  // bits of the hash say where the search begins. Entries take 16 bits while 4 are left for hashes;
+  // what serves larger tables stands apart, so that it costs the others one test.
+  using Narrow = std::uint16_t;
+  using Wide = std::uint32_t;
+  static constexpr std::uint8_t kNarrowBits = 12;
+
+  bool isWide() const { return bits_ > kNarrowBits; }
+  Narrow* narrow() const { return static_cast<Narrow*>(index_); }
+  Wide* wide() const { return static_cast<Wide*>(index_); }
+  std::size_t indexBytes() const { return (isWide() ? sizeof(Wide) : sizeof(Narrow)) << bits_; }
   std::uint32_t mask() const { return (1U << bits_) - 1; }
   std::uint32_t home(std::uint32_t hash) const { return hash >> (32 - bits_); }
-  std::uint32_t entryOf(std::uint32_t hash, std::uint32_t at) const {
-    return (hash << bits_) | (at + 1);
-  }
 
   std::uint32_t place(const Key& key) const {
     if (!index_) {
@@ -181,11 +190,17 @@ class DenseTable {
       }
       return kNowhere;
     }
+    return isWide() ? placeInWide(key) : placeIn(narrow(), key);
+  }
+  [[gnu::noinline]] std::uint32_t placeInWide(const Key& key) const { return placeIn(wide(), key); }
+
+  template <class Entry>
+  std::uint32_t placeIn(const Entry* index, const Key& key) const {
     const std::uint32_t hash = Traits::hash(key);
     const std::uint32_t low = mask();
-    const std::uint32_t tag = hash << bits_;
+    const auto tag = static_cast<Entry>(hash << bits_);
     for (std::uint32_t i = home(hash);; i = (i + 1) & low) {
-      const std::uint32_t entry = index_[i];
+      const Entry entry = index[i];
       if (entry == 0) return kNowhere;
       if ((entry & ~low) == tag) {
         const std::uint32_t at = (entry & low) - 1;
@@ -195,42 +210,62 @@ class DenseTable {
   }
 
   void enter(std::uint32_t at) {
-    // Three quarters full at the most; a place plus one must fit in bits_ bits as well.
-    if (size() * 4 > (mask() + 1) * 3 || at + 1 > mask()) {
+    // Four fifths full at the most; a place plus one must fit in bits_ bits as well.
+    if (std::uint64_t{size()} * 5 > (std::uint64_t{mask()} + 1) * 4 || at + 1 > mask()) {
       reindex();
-      return;
+    } else {
+      put(at);
     }
-    put(at);
   }
 
   void put(std::uint32_t at) {
+    if (isWide()) {
+      putInWide(at);
+    } else {
+      putIn(narrow(), at);
+    }
+  }
+  [[gnu::noinline]] void putInWide(std::uint32_t at) { putIn(wide(), at); }
+
+  template <class Entry>
+  void putIn(Entry* index, std::uint32_t at) {
     const Key& key = Traits::key(slots_[at]);
     const std::uint32_t hash = Traits::hash(key);
     const std::uint32_t low = mask();
-    const std::uint32_t tag = hash << bits_;
+    const auto tag = static_cast<Entry>(hash << bits_);
     std::uint32_t i = home(hash);
-    for (std::uint32_t entry; (entry = index_[i]) != 0; i = (i + 1) & low) {
+    for (Entry entry; (entry = index[i]) != 0; i = (i + 1) & low) {
       if ((entry & ~low) != tag) continue;
       assertThat(!(Traits::key(slots_[(entry & low) - 1]) == key), "!has( key )");
     }
-    index_[i] = entryOf(hash, at);
+    index[i] = static_cast<Entry>(tag | (at + 1));
   }
 
-  /// Takes the place out of the index and closes the gap.
   void leave(std::uint32_t at) {
+    if (isWide()) {
+      leaveWide(at);
+    } else {
+      leaveIn(narrow(), at);
+    }
+  }
+  [[gnu::noinline]] void leaveWide(std::uint32_t at) { leaveIn(wide(), at); }
+
+  /// Takes the place out of the index and closes the gap.
+  template <class Entry>
+  void leaveIn(Entry* index, std::uint32_t at) {
     const std::uint32_t low = mask();
     std::uint32_t gap = home(Traits::hash(Traits::key(slots_[at])));
-    while ((index_[gap] & low) != at + 1) gap = (gap + 1) & low;
+    while ((index[gap] & low) != at + 1) gap = (gap + 1) & low;
     for (std::uint32_t i = gap;;) {
       i = (i + 1) & low;
-      if (index_[i] == 0) break;
-      const std::uint32_t its = home(Traits::hash(Traits::key(slots_[(index_[i] & low) - 1])));
+      if (index[i] == 0) break;
+      const std::uint32_t its = home(Traits::hash(Traits::key(slots_[(index[i] & low) - 1])));
       if (((i - its) & low) >= ((i - gap) & low)) {
-        index_[gap] = index_[i];
+        index[gap] = index[i];
         gap = i;
       }
     }
-    index_[gap] = 0;
+    index[gap] = 0;
   }
 
   Slot takeAt(std::uint32_t at) {
@@ -249,7 +284,7 @@ class DenseTable {
   }
 
   void dropIndex() {
-    if (index_) Kobble::deallocate(index_, sizeof(std::uint32_t) << bits_);
+    if (index_) Kobble::deallocate(index_, indexBytes());
     index_ = nullptr;
     bits_ = 0;
   }
@@ -257,12 +292,13 @@ class DenseTable {
   /// Builds the index anew, for at least the present number of members and places.
   void reindex() {
     std::uint8_t bits = 4;
-    while (size() * 3 > (1U << bits) * 2 || used_ > (1U << bits) - 1) ++bits;
+    while (std::uint64_t{size()} * 4 > (std::uint64_t{3} << bits) || used_ > (1U << bits) - 1) {
+      ++bits;
+    }
     dropIndex();
     bits_ = bits;
-    const std::size_t bytes = sizeof(std::uint32_t) << bits_;
-    index_ = static_cast<std::uint32_t*>(Kobble::allocate(bytes));
-    std::fill_n(index_, std::size_t{1} << bits_, 0U);
+    index_ = Kobble::allocate(indexBytes());
+    std::memset(index_, 0, indexBytes());
     for (std::uint32_t at = 0; at != used_; ++at) {
       if (Traits::live(slots_[at])) put(at);
     }
@@ -273,8 +309,9 @@ class DenseTable {
       compact();
       return;
     }
-    const std::uint32_t capacity =
-        capacity_ < 4 ? capacity_ + 1 + capacity_ / 2 : capacity_ + capacity_ / 2;
+    // By a half, and large tables by a quarter: their slack would be what costs.
+    const std::uint32_t more = isWide() ? capacity_ / 4 : capacity_ / 2;
+    const std::uint32_t capacity = capacity_ < 4 ? capacity_ + 1 + more : capacity_ + more;
     auto* const slots = static_cast<Slot*>(Kobble::allocate(capacity * sizeof(Slot)));
     std::uninitialized_move_n(slots_, used_, slots);
     std::destroy_n(slots_, used_);
@@ -314,7 +351,7 @@ class DenseTable {
   }
 
   Slot* slots_ = nullptr;
-  std::uint32_t* index_ = nullptr;
+  void* index_ = nullptr;
   std::uint32_t used_ = 0;  // places taken, dead ones included
   std::uint32_t dead_ = 0;
   std::uint32_t capacity_ = 0;

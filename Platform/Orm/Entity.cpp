@@ -84,13 +84,20 @@ bool Entity::isNotifiee(const Reactor& reactor) const {
 
 void Entity::tell(AttributeId attribute, const Key& key) const {
   if (!notificationActive_) return;
-  const ActivityScope scope;
-  if (!list()) {
-    // Nothing of the entity is touched after the call: it may go during it.
-    Reactor& reactor = *reinterpret_cast<Reactor*>(notifiees_);
-    if (reactor.flags_ == 0) reactor.onAttribute(attribute, key);
+  if (list()) {
+    tellAll(attribute, key);
     return;
   }
+  const ActivityScope scope;
+  // Nothing of the entity is touched after the call: it may go during it.
+  Reactor& reactor = *reinterpret_cast<Reactor*>(notifiees_);
+  if (reactor.flags_ == 0) reactor.onAttribute(attribute, key);
+}
+
+// Apart, because one notifiee is what most entities have, and the registers that a walk needs would
+// be saved for it as well.
+[[gnu::noinline]] void Entity::tellAll(AttributeId attribute, const Key& key) const {
+  const ActivityScope scope;
   const ListWalk walk(*this);
   for (std::uint32_t at = 0, end = list()->size; at != end; ++at) {
     Reactor* const reactor = list()->reactors()[at];

@@ -59,15 +59,16 @@ class Entity : public PtrInterface {
   }
 
   /// The scalar setter: stores and tells unless the value is already there.
-  template <class T>
-  void assign(T& stored, T value, AttributeId attribute) {
+  template <class T, class V>
+  void assign(T& stored, V&& value, AttributeId attribute) {
+    static_assert(std::is_same_v<T, std::remove_cvref_t<V>>);
     if (stored == value) return;
     // What was stored is let go before anyone is told, and may have been what held this entity.
     const Ptr<Entity const> self(heldWhileTelling<T>());
     const bool told = hasNotifiees();
     {
       using std::swap;
-      T old(std::move(value));
+      T old(std::forward<V>(value));
       swap(stored, old);
     }
     if (told) notify(attribute);
@@ -86,6 +87,7 @@ class Entity : public PtrInterface {
   }
 
   void tell(AttributeId attribute, const Key& key) const;
+  void tellAll(AttributeId attribute, const Key& key) const;
   void notifieeIs(Reactor& reactor) const;
   void notifieeDel(Reactor& reactor) const;
   void sweep() const;

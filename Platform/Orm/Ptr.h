@@ -22,19 +22,27 @@ inline void threadSafePtrsIs(bool on) { detail::threadSafePtrs = on; }
 
 namespace detail {
 
-// Always inlined, as is all that every handle does: the statements of traces make functions look
-// too large for the compiler to do it of itself.
+// Counting is everywhere, so it is put where it is used whatever the compiler thinks of its size;
+// for that the atomic kind stands apart.
+[[gnu::noinline, gnu::cold]] inline void countUpAtomically(std::uint32_t& count) {
+  std::atomic_ref(count).fetch_add(1, std::memory_order_relaxed);
+}
+[[gnu::noinline, gnu::cold]] inline bool countDownAtomically(std::uint32_t& count) {
+  return std::atomic_ref(count).fetch_sub(1, std::memory_order_acq_rel) == 1;
+}
+
 [[gnu::always_inline]] inline void countUp(std::uint32_t& count) {
-  if (threadSafePtrs) [[unlikely]]
-    std::atomic_ref(count).fetch_add(1, std::memory_order_relaxed);
-  else
+  if (threadSafePtrs) [[unlikely]] {
+    countUpAtomically(count);
+  } else {
     ++count;
+  }
 }
 
 /// True when the count has reached zero.
 [[gnu::always_inline]] inline bool countDown(std::uint32_t& count) {
   if (threadSafePtrs) [[unlikely]]
-    return std::atomic_ref(count).fetch_sub(1, std::memory_order_acq_rel) == 1;
+    return countDownAtomically(count);
   return --count == 0;
 }
 
@@ -95,7 +103,8 @@ class Ptr {
 
   // The new object is counted before the old one is let go.
   Ptr& operator=(const Ptr& other) {
-    Ptr(other).swap(*this);
+    Ptr copy(other);
+    copy.swap(*this);
     return *this;
   }
   Ptr& operator=(Ptr&& other) noexcept {

@@ -142,6 +142,18 @@ TEST(CollectionTest, Growth_FromNothingToTenThousandAndBack) {
   EXPECT_TRUE(things.empty());
 }
 
+TEST(CollectionTest, Memory_OfATableIsSixteenBytesAMember) {
+  for (const int count : {10, 1'000, 100'000}) {
+    std::vector<Ptr<Thing>> made;
+    for (int number = 0; number != count; ++number)
+      made.push_back(Orm::make<Thing>(nameOf(number)));
+    const std::size_t before = Kobble::bytesInUse();
+    Things things;
+    for (const auto& thing : made) things.insert(thing);
+    EXPECT_LE(Kobble::bytesInUse() - before, static_cast<std::size_t>(16 * count)) << count;
+  }
+}
+
 TEST(CollectionTest, Compaction_KeepsOrderAndMembersAndBoundsTheMemory) {
   Things things;
   constexpr int kWindow = 100;
