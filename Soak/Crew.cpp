@@ -19,6 +19,10 @@
 #include "Fabric/InputError.h"
 #include "Soak/Broken.h"
 
+#ifdef ZORB_COVERAGE
+extern "C" void __gcov_dump();
+#endif
+
 namespace Soak {
 
 /// What all processes see.
@@ -57,6 +61,15 @@ void describeDeath(Note& note, int status) {
   }
 }
 
+/// Ends the process, and leaves what it shares with the one that it came from alone. Builds that
+/// count what is reached write what this one did.
+[[noreturn]] void endProcess(int status) {
+#ifdef ZORB_COVERAGE
+  __gcov_dump();
+#endif
+  _exit(status);
+}
+
 template <class T>
 class SharedMemory {
  public:
@@ -92,9 +105,9 @@ void Crew::workOff(Shared& shared, Note& note) const {
     } catch (const std::exception& error) {
       note.fail(error.what(), error.what());
     }
-    if (note.failed) _exit(kFailed);
+    if (note.failed) endProcess(kFailed);
   }
-  _exit(EXIT_SUCCESS);
+  endProcess(EXIT_SUCCESS);
 }
 
 Note Crew::run(std::uint64_t first, std::uint64_t runs, const Watch& watch) const {

@@ -1,6 +1,9 @@
 #include "Platform/Orm/Audit.h"
 
+#include <cstdlib>
+#include <functional>
 #include <mutex>
+#include <new>
 #include <typeinfo>
 #include <unordered_map>
 #include <unordered_set>
@@ -12,11 +15,39 @@ namespace Orm::Audit {
 
 namespace {
 
+/// Takes memory from the system, so that whoever counts what the library allocates does not count
+/// the books.
+template <class T>
+struct Unseen {
+  using value_type = T;
+
+  Unseen() = default;
+  template <class U>
+  Unseen(const Unseen<U>&) {}
+
+  T* allocate(std::size_t count) {
+    void* const place = std::malloc(count * sizeof(T));
+    if (!place) throw std::bad_alloc();
+    return static_cast<T*>(place);
+  }
+  void deallocate(T* place, std::size_t) { std::free(place); }
+
+  template <class U>
+  bool operator==(const Unseen<U>&) const {
+    return true;
+  }
+};
+
+template <class T>
+using Set = std::unordered_set<T, std::hash<T>, std::equal_to<>, Unseen<T>>;
+template <class K, class V>
+using Map = std::unordered_map<K, V, std::hash<K>, std::equal_to<>, Unseen<std::pair<const K, V>>>;
+
 struct Books {
   std::mutex mutex;
-  std::unordered_set<const PtrInterface*> objects;
-  std::unordered_map<const void*, const void*> handles;
-  std::unordered_set<const Reactor*> reactors;
+  Set<const PtrInterface*> objects;
+  Map<const void*, const void*> handles;
+  Set<const Reactor*> reactors;
 };
 
 /// Kept for the life of the process, as handles may be.

@@ -15,7 +15,8 @@ class Watcher : public ReactorOn<Watched, int> {
   void onAttribute(AttributeId, const Key&) override {}
 };
 
-/// Notes by hand what builds with ZORB_AUDIT note by themselves; for all others.
+/// Notes by hand what builds with ZORB_AUDIT note by themselves; for all others. The handles of
+/// watchers stand inside of them, so that only the others have them noted.
 class AuditTest : public testing::Test {
  protected:
   AuditTest() {
@@ -24,7 +25,7 @@ class AuditTest : public testing::Test {
     for (Watcher& watcher : watchers_) {
       Audit::noteReactor(&watcher);
       watcher.notifierIs(object_);
-      Audit::noteHandle(&watcher, object_.get());
+      if (!Audit::kOn) Audit::noteHandle(&watcher, object_.get());
     }
   }
   ~AuditTest() override {
@@ -49,7 +50,7 @@ TEST_F(AuditTest, AHandleThatNobodyCountsIsFound) {
 }
 
 TEST_F(AuditTest, AHandleThatWasForgottenIsFound) {
-  Audit::noteHandle(&watchers_[1], nullptr);
+  Audit::noteHandle(&object_, nullptr);
   EXPECT_NE(Audit::findings().find("an object counts 4 handles, 3 there are"), std::string::npos);
 }
 
