@@ -105,11 +105,7 @@ void Entity::tell(AttributeId attribute, const Key& key) const {
   }
 }
 
-void Entity::notifieeIs(Reactor& reactor) const {
-  if (notifiees_ == 0) {
-    notifiees_ = reinterpret_cast<std::uintptr_t>(&reactor);
-    return;
-  }
+void Entity::notifieeJoins(Reactor& reactor) const {
   NotifieeList* many = list();
   if (!many) {
     auto* const first = reinterpret_cast<Reactor*>(notifiees_);
@@ -130,12 +126,8 @@ void Entity::notifieeIs(Reactor& reactor) const {
   many->reactors()[many->size++] = &reactor;
 }
 
-void Entity::notifieeDel(Reactor& reactor) const {
+void Entity::notifieeLeaves(Reactor& reactor) const {
   NotifieeList* const many = list();
-  if (!many) {
-    notifiees_ = 0;
-    return;
-  }
   many->reactors()[reactor.place_] = nullptr;
   ++many->dead;
   // Sweeping only when half are dead keeps the cost of each removal constant.

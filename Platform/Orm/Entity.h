@@ -88,8 +88,22 @@ class Entity : public PtrInterface {
 
   void tell(AttributeId attribute, const Key& key) const;
   void tellAll(AttributeId attribute, const Key& key) const;
-  void notifieeIs(Reactor& reactor) const;
-  void notifieeDel(Reactor& reactor) const;
+  void notifieeIs(Reactor& reactor) const {
+    if (notifiees_ == 0) {
+      notifiees_ = reinterpret_cast<std::uintptr_t>(&reactor);
+    } else {
+      notifieeJoins(reactor);
+    }
+  }
+  void notifieeDel(Reactor& reactor) const {
+    if (!list()) {
+      notifiees_ = 0;
+    } else {
+      notifieeLeaves(reactor);
+    }
+  }
+  void notifieeJoins(Reactor& reactor) const;
+  void notifieeLeaves(Reactor& reactor) const;
   void sweep() const;
   bool isNotifiee(const Reactor& reactor) const;
 

@@ -5,7 +5,7 @@
 namespace Orm {
 
 Reactor::~Reactor() {
-  watchedIs(nullptr);
+  if (notifier_) notifier_->notifieeDel(*this);
   Audit::reactorGoes(this);
 }
 
