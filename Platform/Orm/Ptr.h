@@ -102,9 +102,8 @@ class Ptr {
   }
 
   // The new object is counted before the old one is let go.
-  Ptr& operator=(const Ptr& other) {
-    Ptr copy(other);
-    copy.swap(*this);
+  Ptr& operator=(const Ptr& other) {  // NOLINT(bugprone-unhandled-self-assignment): copies first
+    Ptr(other).swap(*this);
     return *this;
   }
   Ptr& operator=(Ptr&& other) noexcept {
