@@ -370,9 +370,9 @@ Fabric::Value ChangeMaker::readiness() {
 // ---- the rest
 
 Fabric::Value ChangeMaker::entity() {
-  if (random_.chance(4)) return gone_.empty() ? directoryGone() : directoriesBack();
   if (names_.publications.empty()) return {};
   const Names::Path& path = random_.pick(names_.publications);
+  if (aside_.chance(4)) return directoriesStand() ? directoryGone() : directoriesBack();
   const bool known = model_.find(Block::entities, path.path) != nullptr;
   return tree("entities", tree(path.path, known ? Value() : Value(path.type)));
 }
@@ -380,7 +380,7 @@ Fabric::Value ChangeMaker::entity() {
 /// One patch, so that nobody connects in between.
 Fabric::Value ChangeMaker::directoryGone() {
   if (names_.directories.empty()) return {};
-  const std::string& path = random_.pick(names_.directories).path;
+  const std::string& path = aside_.pick(names_.directories).path;
   const Object& entities = model_.block(Block::entities);
   const Value* const known = entities.find(path);
   const bool holds = std::any_of(entities.begin(), entities.end(), [&path](const auto& entity) {
@@ -403,8 +403,9 @@ Fabric::Value ChangeMaker::directoriesBack() {
   return tree("entities", Value(std::move(entities)));
 }
 
-Fabric::Value ChangeMaker::newDirectories(bool there) {
+Fabric::Value ChangeMaker::newDirectories() {
   Object entities;
+  const bool there = !aside_.chance(8);
   for (const Names::Path& path : names_.directories) {
     if (there) entities.set(path.path, Value(kDirType));
     if (!there) gone_.push_back(path.path);

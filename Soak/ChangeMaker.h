@@ -23,7 +23,10 @@ class ChangeMaker {
  public:
   /// All have to stay.
   ChangeMaker(const Names& names, const Fabric::Model& model, Random& random)
-      : names_(names), model_(model), random_(random) {}
+      : names_(names),
+        model_(model),
+        random_(random),
+        aside_(Random::mixed(Random(random).next())) {}
 
   /// The patches of one change, mostly one; several are meant to come at one time. None when there
   /// is nothing to be changed.
@@ -39,8 +42,10 @@ class ChangeMaker {
   Fabric::Value newPublishBlock(std::string_view service);
   Fabric::Value someHeartbeat();
   Fabric::Value someAttrlog();
-  /// The published directories, as entities, or none of them: then no switch may be connected.
-  Fabric::Value newDirectories(bool there);
+  /// The published directories, as entities, or now and then none of them.
+  Fabric::Value newDirectories();
+  /// Otherwise no switch may be connected.
+  bool directoriesStand() const { return gone_.empty(); }
 
  private:
   using Value = Fabric::Value;
@@ -98,6 +103,8 @@ class ChangeMaker {
   const Names& names_;
   const Fabric::Model& model_;
   Random& random_;
+  /// For directories, which come and go beside everything else.
+  Random aside_;
   /// Directories that were taken away.
   std::vector<std::string> gone_;
 };

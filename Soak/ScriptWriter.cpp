@@ -42,7 +42,6 @@ class Writer {
   /// The start of a random fabric. Once, before the events.
   Value start() {
     Object document;
-    directories_ = !random_.chance(8);
     document.set("controller", controller());
     document.set("entities", entities());
     document.set("attrlog", attrlog());
@@ -76,7 +75,7 @@ class Writer {
   }
 
   Value entities() {
-    Object block = maker_.newDirectories(directories_).object();
+    Object block = maker_.newDirectories().object();
     for (const Names::Path& path : names_.publications) {
       if (random_.coin()) block.set(path.path, Value(path.type));
     }
@@ -115,7 +114,7 @@ class Writer {
                     static_cast<unsigned>(number & 0xff));
       const std::string name = random_.chance(6) ? "" : "leaf" + std::to_string(number);
       Value made = maker_.newSwitch(name);
-      if (!directories_) made.mutableObject().set("connected", Value(false));
+      if (!maker_.directoriesStand()) made.mutableObject().set("connected", Value(false));
       block.set(id, std::move(made));
     }
     return Value(std::move(block));
@@ -187,7 +186,6 @@ class Writer {
   ChangeMaker maker_;
   std::array<std::uint8_t, kChanges> weight_;
   double at_ = 0;
-  bool directories_ = true;  // stand at the start
 };
 
 }  // namespace
