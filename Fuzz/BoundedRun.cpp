@@ -67,12 +67,14 @@ void leave(const char* text, const char* file, int line) {
   std::longjmp(wayOut, 1);
 }
 
-/// Ends the scopes of frames that are gone, so that machines of the next run are reclaimed when
-/// they go. What waited for that goes now; where it breaks an invariant on its way, it stays.
+/// Ends the outermost scope, whose frame is gone, so that machines of the next run are reclaimed
+/// when they go. What waited for that goes now; where it breaks an invariant on its way, it stays.
 void closeScopes() {
   report = nullptr;
   Orm::assertionHandlerIs(&leave);
-  alignas(Orm::ActivityScope) std::byte place[sizeof(Orm::ActivityScope)];
+  // Stands for it: all that a scope holds is whether it is the outermost.
+  alignas(Orm::ActivityScope) std::byte place[sizeof(Orm::ActivityScope)] = {std::byte{1}};
+  static_assert(sizeof place == sizeof(bool));
   setjmp(wayOut);
   while (Orm::ActivityScope::active()) {
     std::destroy_at(reinterpret_cast<Orm::ActivityScope*>(place));

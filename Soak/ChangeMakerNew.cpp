@@ -5,10 +5,6 @@
 
 namespace Soak {
 
-using Fabric::Block;
-using Fabric::Object;
-using Fabric::Value;
-
 Fabric::Value ChangeMaker::newMountBlock(std::string_view service) {
   Object block;
   if (!random_.chance(5)) block.set("generation", Value(names_.generations.front()));

@@ -12,7 +12,6 @@ namespace Soak {
 using Controller::MountConfig;
 using Controller::Mounter;
 using Controller::MountsRegistryEntry;
-using Controller::MountsRegistryEntrySm;
 using Controller::MountsRegistrySm;
 using Controller::MountState;
 using Controller::MountStatus;

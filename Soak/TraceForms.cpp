@@ -32,8 +32,8 @@ constexpr const char* kForms[] = {
     "MountGroupInitialMountSm::handleMountState: initial switch set not yet complete",
     "MountGroupInitialMountSm::handleMountState{system} {group}",
     "handleMountState: {system} not in remaining.",
-    "MountGroupInitialMountSm::handleMountState() handleMountState: deleting remaining switch "
-    "{system}",
+    ("MountGroupInitialMountSm::handleMountState() handleMountState: deleting remaining switch "
+     "{system}"),
     "MountGroupInitialMountSm::handleMountTimeout() ",
     "MountGroupInitialMountSm::checkSwitchMountsPending",
     "checkSwitchMountsPending: no remaining switches",

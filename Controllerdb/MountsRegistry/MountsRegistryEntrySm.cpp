@@ -414,12 +414,12 @@ MountSm* MountsRegistryEntrySm::mountSm(const SystemId& systemId) const {
   return mount ? mount->mountSm().get() : nullptr;
 }
 
-void MountsRegistryEntrySm::mountSmIs(const MountRequest& request) {
+void MountsRegistryEntrySm::mountSmIs(const MountRequest& request) const {
   OrmMountSmDataSm* const mount = mountSmDataSm(request.systemId);
   if (!mount->mountSm_) mount->mountSm_ = MountSm::MountSmIs(request);
 }
 
-void MountsRegistryEntrySm::mountSmDel(const SystemId& systemId) {
+void MountsRegistryEntrySm::mountSmDel(const SystemId& systemId) const {
   if (OrmMountSmDataSm* const mount = mountSmDataSm(systemId)) mount->mountSm_ = nullptr;
 }
 
@@ -445,7 +445,7 @@ void MountsRegistryEntrySm::mountSmDataDel(const SystemId& systemId) {
   mountSmDataSm_.take(systemId, lastMount_);
 }
 
-void MountsRegistryEntrySm::mountSmDataSmIs(const Ptr<MountSmData>& mountSmData) {
+void MountsRegistryEntrySm::mountSmDataSmIs(const Ptr<MountSmData>& mountSmData) const {
   const Orm::ActivityScope scope;
   OrmMountSmDataSm* const mount = mountSmDataSm(mountSmData->systemId());
   mount->hasNotificationActiveIs(true);

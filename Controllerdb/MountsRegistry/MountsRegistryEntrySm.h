@@ -196,8 +196,8 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void mounterConfigSmDel(const Orm::String& serviceName);
 
   MountSm* mountSm(const SystemId& systemId) const;
-  void mountSmIs(const MountRequest& request);
-  void mountSmDel(const SystemId& systemId);
+  void mountSmIs(const MountRequest& request) const;
+  void mountSmDel(const SystemId& systemId) const;
 
   Orm::Ptr<MountSmData> mountSmData(const SystemId& systemId) const;
   Orm::Ptr<MountSmData> mountSmDataIs(const SystemId& systemId, const Orm::String& text);
@@ -207,7 +207,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
     return mountSmDataSm_.find(systemId, lastMount_);
   }
   /// Lets the record's reactor see its state, now and from now on.
-  void mountSmDataSmIs(const Orm::Ptr<MountSmData>& mountSmData);
+  void mountSmDataSmIs(const Orm::Ptr<MountSmData>& mountSmData) const;
   void mountSmDataSmDelAll();
 
   /// The mounts, one record a system, in the order in which they came.

@@ -144,11 +144,11 @@ TEST_F(KobbleSlabsTest, Deallocate_TheNextBlockOfTheSameClassTakesTheSlot) {
   void* const block = Kobble::allocate(17);
   Kobble::deallocate(block, 17);
   void* const otherClass = Kobble::allocate(16);
-  void* const sameClass = Kobble::allocate(32);
+  void* const sameClass = Kobble::allocate(24);
   EXPECT_NE(otherClass, block);
   EXPECT_EQ(sameClass, block);
   Kobble::deallocate(otherClass, 16);
-  Kobble::deallocate(sameClass, 32);
+  Kobble::deallocate(sameClass, 24);
 }
 
 TEST_F(KobbleSlabsTest, Allocate_FreshSlotsLieOneBehindTheOther) {
@@ -168,7 +168,7 @@ TEST_F(KobbleSlabsTest, Allocate_FreshSlotsLieOneBehindTheOther) {
 TEST_F(KobbleSlabsTest, Allocate_ABlockOfAFreedSlotMayBeWrittenWhole) {
   for (int round = 0; round != 3; ++round) {
     void* const block = Kobble::allocate(33);
-    std::memset(block, 0xff, 48);  // the whole slot of its class
+    std::memset(block, 0xff, 40);  // the whole slot of its class
     Kobble::deallocate(block, 33);
   }
 }
