@@ -38,24 +38,25 @@ constexpr const char* kForms[] = {
     "MountGroupInitialMountSm::checkSwitchMountsPending",
     "checkSwitchMountsPending: no remaining switches",
     "MountGroupInitialMountSm::handleInitialMountsComplete() ",
-    "MountGroupInitialMountSm::handleInitialMountsComplete() flushLocalPassiveEntityLogs: Flushing "
-    "Demuxer: {connection}",
-    "MountGroupInitialMountSm::handleAttrlogFlushTimer() isLocalPassiveCurrentRoundSyncComplete: "
-    "No Demuxer for:{connection}",
-    "MountGroupInitialMountSm::handleAttrlogFlushTimer() isLocalPassiveCurrentRoundSyncComplete: "
-    "Demuxer:{connection} connectStatus:{number} round:{number} nextRound:{number}",
+    ("MountGroupInitialMountSm::handleInitialMountsComplete() flushLocalPassiveEntityLogs: "
+     "Flushing "
+     "Demuxer: {connection}"),
+    ("MountGroupInitialMountSm::handleAttrlogFlushTimer() isLocalPassiveCurrentRoundSyncComplete: "
+     "No Demuxer for:{connection}"),
+    ("MountGroupInitialMountSm::handleAttrlogFlushTimer() isLocalPassiveCurrentRoundSyncComplete: "
+     "Demuxer:{connection} connectStatus:{number} round:{number} nextRound:{number}"),
     "MountGroupInitialMountSm::handleAttrlogFlushTimer() ",
-    "MountGroupInitialMountSm::handleAttrlogFlushTimer Attrlog flush timed out for "
-    "{service}:{group}",
-    "MountGroupInitialMountSm::handleAttrlogFlushTimer Attrlog flush completed for "
-    "{service}:{group}",
-    "MountGroupInitialMountSm::handleAttrlogFlushTimer Attrlog flush not complete yet, remaining "
-    "time until timeout: {number}",
+    ("MountGroupInitialMountSm::handleAttrlogFlushTimer Attrlog flush timed out for "
+     "{service}:{group}"),
+    ("MountGroupInitialMountSm::handleAttrlogFlushTimer Attrlog flush completed for "
+     "{service}:{group}"),
+    ("MountGroupInitialMountSm::handleAttrlogFlushTimer Attrlog flush not complete yet, remaining "
+     "time until timeout: {number}"),
     "MountGroupInitialMountSm::doCleanup {service}:{group}",
     // ---- ServiceInitialMountSm
     "ServiceInitialMountSm::handleInitialized",
-    "ServiceInitialMountSm::canHandleMountGroup mountConfig genId:{generation} controller "
-    "genId:{generation}",
+    ("ServiceInitialMountSm::canHandleMountGroup mountConfig genId:{generation} controller "
+     "genId:{generation}"),
     "ServiceInitialMountSm::handleLeaderGenId {generation}",
     "ServiceInitialMountSm::handleMountGroupConfig {group}",
     "handleMountGroupConfig: adding mountGroupInitialMountSm",
@@ -83,8 +84,8 @@ constexpr const char* kForms[] = {
     "MounterConfigSm::addSystemToConnectionFilter()  new filter:{system} path:{path}",
     "MounterConfigSm::removeSystemFromConnectionFilter: {system}",
     "MounterConfigSm::removeSystemFromConnectionFilter()  del filter:{system} path:{path}",
-    "MounterConfigSm::removeSystemFromConnectionFilter()  path:{path} refcount:{number} "
-    "filter:{system}",
+    ("MounterConfigSm::removeSystemFromConnectionFilter()  path:{path} refcount:{number} "
+     "filter:{system}"),
     "MounterConfigSm::addVersionToVersionFilter: {number}",
     "MounterConfigSm::removeVersionFromVersionFilter: {number}",
     "MounterConfigSm::doCleanup",
@@ -97,8 +98,8 @@ constexpr const char* kForms[] = {
     "MountsRegistryEntrySm::handleMounter()  mounter gone:{path} service:{service}",
     "MountsRegistryEntrySm::handleMounter()  new mounter:{path} service:{service} group:{group}",
     "MountsRegistryEntrySm::evaluateMounters {path}",
-    "MountsRegistryEntrySm::evaluateMounters()  wildcard mount:{path} service:{service} "
-    "group:{group}",
+    ("MountsRegistryEntrySm::evaluateMounters()  wildcard mount:{path} service:{service} "
+     "group:{group}"),
     "MountsRegistryEntrySm::handleSwitchConnection {path} Peer:{system}",
     "MountsRegistryEntrySm::handleSwitchConnection()  connection:{system} registered:{flag}",
     "MountsRegistryEntrySm::handleSwitchConnection()  Cannot mount:{path} from:{system}",
@@ -114,13 +115,13 @@ constexpr const char* kForms[] = {
     "MountsRegistryEntrySm::connectionMatchesVersionFilter {path} {system}",
     "MountsRegistryEntrySm::matchingServiceVersionFilter {service} {system}",
     "MountsRegistryEntrySm::matchingServiceVersionFilter no version filter for service {service}",
-    "MountsRegistryEntrySm::matchingServiceVersionFilter()  no version service:{service} "
-    "connection:{system}",
+    ("MountsRegistryEntrySm::matchingServiceVersionFilter()  no version service:{service} "
+     "connection:{system}"),
     "Supported version for {service} for {system} {number}",
-    "MountsRegistryEntrySm::matchingServiceVersionFilter()  matched version:{number} "
-    "service:{service} connection:{system}",
-    "MountsRegistryEntrySm::matchingServiceVersionFilter()  version:{number} not in filter "
-    "service:{service} connection:{system}",
+    ("MountsRegistryEntrySm::matchingServiceVersionFilter()  matched version:{number} "
+     "service:{service} connection:{system}"),
+    ("MountsRegistryEntrySm::matchingServiceVersionFilter()  version:{number} not in filter "
+     "service:{service} connection:{system}"),
     "MountsRegistryEntrySm::mounterIsInterestedInConnection {path}",
     "MountsRegistryEntrySm::doConnectSwitch {path} {system}",
     "MountsRegistryEntrySm::doConnectSwitch()  mounting:{path} from:{system}",
@@ -136,18 +137,19 @@ constexpr const char* kForms[] = {
     ": mounter for group {group} and service {service} has preserve=1",
     "MountsRegistryEntrySm::doCleanup {path}",
     // ---- MountsRegistryEntrySmStatus
-    "MountsRegistryEntrySm::OrmMountSmDataSm::handleMountState() {path} connection:{system} "
-    "oldMountState:{state} newMountState:{state}",
+    ("MountsRegistryEntrySm::OrmMountSmDataSm::handleMountState() {path} connection:{system} "
+     "oldMountState:{state} newMountState:{state}"),
     "MountsRegistryEntrySm::handleMountState: Deleting mountSm for {system}",
     "void Controller::MountsRegistryEntrySm::OrmMountSmDataSm::handleMountStateTimer()",
     "MountsRegistryEntrySm::updateMountersStatus() {path} mount state:{state} connection:{system}",
-    "MountsRegistryEntrySm::updateMounterStatus() mounter: Value('Controller::MounterName', ** "
-    "{'serviceName': {service}, 'groupName': {group}}) connectionId: {system} mountState: {state}",
+    ("MountsRegistryEntrySm::updateMounterStatus() mounter: Value('Controller::MounterName', ** "
+     "{'serviceName': {service}, 'groupName': {group}}) connectionId: {system} mountState: "
+     "{state}"),
     "MountsRegistryEntrySm::updateMounterStatus() no system status for: {system}",
     "serviceMountGroupStatus does not exist for mounter",
     "MountsRegistryEntrySm::updateMounterStatus() group: {group} mount: {path}%s config: {flag}",
-    "MountsRegistryEntrySm::handleMountState() {path} mount state:{state} connection:{system} "
-    "service:{service} mountGroup:{group} remote path:{path}",
+    ("MountsRegistryEntrySm::handleMountState() {path} mount state:{state} connection:{system} "
+     "service:{service} mountGroup:{group} remote path:{path}"),
     "MountsRegistryEntrySm::updateMountGroupMountState {path}",
     "MountsRegistryEntrySm::updateSystemStatus() Deleting systemStatus for: {system}",
     "MountsRegistryEntrySm::updateSystemStatus() Adding serviceMountGroupStatus for: {system}",
@@ -171,10 +173,10 @@ constexpr const char* kForms[] = {
     "MountsRegistrySm::handleServiceVersion {service} {system}",
     "MountsRegistrySm::handleServiceSwitchConnection {system} {service}",
     "MountsRegistrySm::negotiatedServiceVersionForConnection {service} {system}",
-    "MountsRegistrySm::negotiatedServiceVersionForConnection negotiated service version for "
-    "{system} for service {service} = {number}",
-    "MountsRegistrySm::negotiatedServiceVersionForConnection no version negotiated for {system} "
-    "for service {service}",
+    ("MountsRegistrySm::negotiatedServiceVersionForConnection negotiated service version for "
+     "{system} for service {service} = {number}"),
+    ("MountsRegistrySm::negotiatedServiceVersionForConnection no version negotiated for {system} "
+     "for service {service}"),
     // ---- PublishRegistryEntrySm
     "PublishRegistryEntrySm::handleInitialized",
     "PublishRegistryEntrySm::OrmSystemFilter::handleIncludedSystem: {system}",
@@ -194,18 +196,18 @@ constexpr const char* kForms[] = {
     "PublishRegistryEntrySm::canPublishToConnection()  matched systemFilter connection:{system}",
     "PublishRegistryEntrySm::canPublishToConnection()  no matched system for connection: {system}",
     "PublishRegistryEntrySm::hasVersion",
-    "PublishRegistryEntrySm::hasVersion()  matched version: {number} service:{service} "
-    "connection:{system}",
-    "PublishRegistryEntrySm::hasVersion()  version not in filter:{number} service:{service} "
-    "connection:{system}",
+    ("PublishRegistryEntrySm::hasVersion()  matched version: {number} service:{service} "
+     "connection:{system}"),
+    ("PublishRegistryEntrySm::hasVersion()  version not in filter:{number} service:{service} "
+     "connection:{system}"),
     "PublishRegistryEntrySm::publishEntityExists {local}",
     "PublishRegistryEntrySm::addSwitchToPublishEntryDir {system}",
     "PublishRegistryEntrySm::doConnectSwitch {local} {system}",
     "PublishRegistryEntrySm::doConnectSwitch()  Cannot publish to:{system}",
-    "PublishRegistryEntrySm::doConnectSwitch()  publishing ssm:{system} to:{remote} type: {type} "
-    "service: {service}",
-    "PublishRegistryEntrySm::doConnectSwitch()  publishing:{local} to:{remote} on:{system} type: "
-    "{type} service: {service}",
+    ("PublishRegistryEntrySm::doConnectSwitch()  publishing ssm:{system} to:{remote} type: {type} "
+     "service: {service}"),
+    ("PublishRegistryEntrySm::doConnectSwitch()  publishing:{local} to:{remote} on:{system} type: "
+     "{type} service: {service}"),
     "PublishRegistryEntrySm::doDisconnectSwitch {system}",
     "PublishRegistryEntrySm::doDisconnectSwitch All published mounts gone for {system}",
     "PublishRegistryEntrySm::doDisconnectSwitch()  un-publishing:{local} from:{system}",
@@ -239,23 +241,24 @@ constexpr const char* kForms[] = {
     "ServiceMountConfigSm::handleMountGroupConfig: {group}",
     "ServiceMountConfigSm::doCleanup",
     // ---- ServiceMountGroupSm
-    "ServiceMountGroupSm::handleInitialized mountConfig genId:{generation} controller "
-    "genId:{generation}",
+    ("ServiceMountGroupSm::handleInitialized mountConfig genId:{generation} controller "
+     "genId:{generation}"),
     "ServiceMountGroupSm::handleLeaderGenId {generation}",
     "ServiceMountGroupSm::handleMountConfig",
     "ServiceMountGroupSm::handleMountConfig: {path}",
     "ServiceMountGroupSm::canMount mountConfig genId:{generation} controller genId:{generation}",
     "ServiceMountGroupSm::addMountConfig: {path}",
-    "ServiceMountGroupSm::addMountConfig()  dup registry entry service:{service} group:{group} "
-    "rpath:{path}",
+    ("ServiceMountGroupSm::addMountConfig()  dup registry entry service:{service} group:{group} "
+     "rpath:{path}"),
     "addMountConfig Service:{service} has already requested a mount for {path}",
-    "ServiceMountGroupSm::addMountConfig()  add mounter service:{service} group:{group} "
-    "rpath:{path} path prefix:{target}",
-    "ServiceMountGroupSm::addMountConfig()  add registry entry service:{service} group:{group} "
-    "rpath:{path} tpath:{target}",
+    ("ServiceMountGroupSm::addMountConfig()  add mounter service:{service} group:{group} "
+     "rpath:{path} path prefix:{target}"),
+    ("ServiceMountGroupSm::addMountConfig()  add registry entry service:{service} group:{group} "
+     "rpath:{path} tpath:{target}"),
     "ServiceMountGroupSm::removeMountConfig: {path}",
-    "ServiceMountGroupSm::removeMountConfig()  del registry entry: service:{service} group:{group} "
-    "path:{path}",
+    ("ServiceMountGroupSm::removeMountConfig()  del registry entry: service:{service} "
+     "group:{group} "
+     "path:{path}"),
     "ServiceMountGroupSm::removeMountConfig()  all mounters gone path:{path}",
     "ServiceMountGroupSm::doCleanup",
     // ---- ServicePublishConfigSm
@@ -263,11 +266,11 @@ constexpr const char* kForms[] = {
     "ServicePublishConfigSm::handleServiceName()  serviceName:{service}",
     "ServicePublishConfigSm::handlePublishGroupConfig: {service}, {group}",
     "ServicePublishConfigSm::handleLeaderGenId {generation}",
-    "ServicePublishConfigSm::handleLeaderGenId() Stale leaderGenId, cleanup publishReady flag for "
-    "{service}",
+    ("ServicePublishConfigSm::handleLeaderGenId() Stale leaderGenId, cleanup publishReady flag for "
+     "{service}"),
     "ServicePublishConfigSm::handlePublishReady: {service}",
-    "ServicePublishConfigSm::canPublish can:{number} publishConfig genId:{generation} controller "
-    "genId:{generation}",
+    ("ServicePublishConfigSm::canPublish can:{number} publishConfig genId:{generation} controller "
+     "genId:{generation}"),
     "ServicePublishConfigSm::doCleanup {service}",
     // ---- ServicePublishGroupSm
     "ServicePublishGroupSm::handleInitialized",
@@ -279,8 +282,8 @@ constexpr const char* kForms[] = {
     "addPublishConfig{local} already published. Ignoring publish from:{service}",
     "ServicePublishGroupSm::addPublishDir {local}",
     "addPublishDir{local} already published. Ignoring publishDir from: {service}",
-    "ServicePublishGroupSm::addPublishDirOrConfig()  adding: service:{service} cpath:{local} "
-    "rpath:{remote} type:{type}",
+    ("ServicePublishGroupSm::addPublishDirOrConfig()  adding: service:{service} cpath:{local} "
+     "rpath:{remote} type:{type}"),
     "ServicePublishGroupSm::removePublishDir {local}",
     "ServicePublishGroupSm::removePublishDirOrConfig()  removing cpath:{local}",
     "ServicePublishGroupSm::doCleanup",
