@@ -383,7 +383,9 @@ TEST(CollectionTest, FindWithAHint_IsAsFindWhateverHappenedMeanwhile) {
     const bool hinted = random() % 2 == 0;
     const auto taken =
         hinted ? things.take(name, hints[random() % hints.size()]) : things.take(name);
-    if (taken) ASSERT_EQ(taken->name(), name);
+    if (taken) {
+      ASSERT_EQ(taken->name(), name);
+    }
     if (taken || random() % 2 == 0) return;
     things.insert(Orm::make<Thing>(name), hints[random() % hints.size()]);
   };
