@@ -9,6 +9,7 @@
 #include "Platform/Kobble/Kobble.h"
 #include "Platform/Orm/ActivityScope.h"
 #include "Platform/Orm/Assert.h"
+#include "Platform/Orm/Inline.h"
 
 namespace Orm {
 
@@ -50,7 +51,7 @@ class DenseTable {
   using Hint = std::uint32_t;
 
   /// The same for who looks for one member many times in a row: a compare, and no hashing.
-  [[gnu::always_inline]] Slot* find(const Key& key, Hint& hint) const {
+  ORM_ALWAYS_INLINE Slot* find(const Key& key, Hint& hint) const {
     if (hint < used_ && Traits::live(slots_[hint]) && Traits::key(slots_[hint]) == key) {
       return slots_ + hint;
     }

@@ -8,6 +8,7 @@
 
 #include "Platform/Kobble/Kobble.h"
 #include "Platform/Orm/Audit.h"
+#include "Platform/Orm/Inline.h"
 
 namespace Orm {
 
@@ -31,7 +32,7 @@ namespace detail {
   return std::atomic_ref(count).fetch_sub(1, std::memory_order_acq_rel) == 1;
 }
 
-[[gnu::always_inline]] inline void countUp(std::uint32_t& count) {
+ORM_ALWAYS_INLINE inline void countUp(std::uint32_t& count) {
   if (threadSafePtrs) [[unlikely]] {
     countUpAtomically(count);
   } else {
@@ -40,7 +41,7 @@ namespace detail {
 }
 
 /// True when the count has reached zero.
-[[gnu::always_inline]] inline bool countDown(std::uint32_t& count) {
+ORM_ALWAYS_INLINE inline bool countDown(std::uint32_t& count) {
   if (threadSafePtrs) [[unlikely]]
     return countDownAtomically(count);
   return --count == 0;
@@ -71,8 +72,8 @@ class PtrInterface {
   template <class>
   friend class Ptr;
 
-  [[gnu::always_inline]] void ref() const { detail::countUp(refCount_); }
-  [[gnu::always_inline]] void unref() const {
+  ORM_ALWAYS_INLINE void ref() const { detail::countUp(refCount_); }
+  ORM_ALWAYS_INLINE void unref() const {
     if (detail::countDown(refCount_)) onLastRef();
   }
 

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Orm/Inline.h"
 #include "Platform/Orm/Ptr.h"
 
 namespace Orm {
@@ -66,7 +67,7 @@ class String {
     return String(view().substr(from, count));
   }
 
-  [[gnu::always_inline]] friend bool operator==(const String& a, const String& b) noexcept {
+  ORM_ALWAYS_INLINE friend bool operator==(const String& a, const String& b) noexcept {
     return a.rep_ == b.rep_ || (a.rep_ && b.rep_ && a.rep_->hash == b.rep_->hash && a.isText(b));
   }
   friend bool operator==(const String& a, std::string_view b) noexcept { return a.view() == b; }

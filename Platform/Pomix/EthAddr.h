@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Orm/Inline.h"
+
 namespace Pomix {
 
 /// A 6-byte Ethernet address. Its text form is six two-digit hexadecimal groups with ":" between
@@ -37,7 +39,7 @@ class EthAddr {
   void appendTo(std::string& out) const;
 
   // Two compares; left to itself the compiler makes a call of them.
-  [[gnu::always_inline]] friend constexpr bool operator==(const EthAddr& a, const EthAddr& b) {
+  ORM_ALWAYS_INLINE friend constexpr bool operator==(const EthAddr& a, const EthAddr& b) {
     return a.head() == b.head() && a.tail() == b.tail();
   }
   friend constexpr std::strong_ordering operator<=>(const EthAddr& a, const EthAddr& b) {

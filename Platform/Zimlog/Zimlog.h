@@ -9,6 +9,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "Platform/Orm/Inline.h"
 #include "Platform/Orm/StringForm.h"
 
 /// The fast trace: a ring of binary records that nothing formats until it is read.
@@ -131,7 +132,7 @@ std::size_t bytesOf(const T& value) {
 }
 
 template <class T>
-[[gnu::always_inline]] inline char* copy(char* to, const T& value) {
+ORM_ALWAYS_INLINE inline char* copy(char* to, const T& value) {
   if constexpr (isPlain<T>) {
     std::memcpy(to, &value, sizeof value);
     return to + sizeof value;

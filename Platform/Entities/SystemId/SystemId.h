@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "Platform/Orm/Inline.h"
 #include "Platform/Orm/String.h"
 #include "Platform/Pomix/EthAddr.h"
 
@@ -32,7 +33,7 @@ class SystemId {
   Orm::String stringValue() const;
   void appendTo(std::string& out) const { address_.appendTo(out); }
 
-  [[gnu::always_inline]] friend constexpr bool operator==(const SystemId& a, const SystemId& b) {
+  ORM_ALWAYS_INLINE friend constexpr bool operator==(const SystemId& a, const SystemId& b) {
     return a.address_ == b.address_;
   }
   friend constexpr auto operator<=>(const SystemId&, const SystemId&) = default;
