@@ -87,6 +87,31 @@ TEST_P(KobbleTest, Allocate_MoreThanAChunkOfOneClassGoesOn) {
   for (void* block : blocks) Kobble::deallocate(block, Kobble::kLargestSlot);
 }
 
+TEST_P(KobbleTest, Allocate_MoreThanTheFirstPiecesGoesOnInLargeOnes) {
+  struct Block {
+    std::uint32_t* words;
+    std::size_t size;
+  };
+  constexpr std::size_t kBytes = std::size_t{20} << 20;
+  std::vector<Block> blocks;
+  std::size_t taken = 0;
+  for (std::uint32_t number = 0; taken < kBytes; ++number) {
+    const std::size_t size = number % 2 == 0 ? Kobble::kLargestSlot : 48;
+    auto* const words = static_cast<std::uint32_t*>(Kobble::allocate(size));
+    ASSERT_TRUE(aligned(words, size));
+    std::fill_n(words, size / sizeof(std::uint32_t), number);
+    blocks.push_back({words, size});
+    taken += size;
+  }
+  std::uint32_t number = 0;
+  for (const Block& block : blocks) {
+    ASSERT_TRUE(std::all_of(block.words, block.words + block.size / sizeof(std::uint32_t),
+                            [number](std::uint32_t word) { return word == number; }));
+    ++number;
+    Kobble::deallocate(block.words, block.size);
+  }
+}
+
 TEST_P(KobbleTest, RandomUse_NoBlockIsDisturbedByAnother) {
   struct Block {
     unsigned char* bytes;
