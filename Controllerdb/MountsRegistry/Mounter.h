@@ -46,6 +46,9 @@ class Mounter : public Orm::Entity, private Kobble::Counted<Mounter> {
   MountStatus* statusIn(const ServiceMountGroupStatus& groupStatus, const Orm::String& path) const {
     return groupStatus.mountStatus().find(path, placeInStatus_);
   }
+  void statusDelIn(ServiceMountGroupStatus& groupStatus, const Orm::String& path) const {
+    groupStatus.mountStatusDel(path, placeInStatus_);
+  }
 
   /// Room for the mount side; nobody is told of a change.
   std::uint64_t mountSideNote() const { return mountSideNote_; }

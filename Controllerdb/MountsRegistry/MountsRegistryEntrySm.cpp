@@ -41,13 +41,13 @@ MountsRegistryEntrySm::MountsRegistryEntrySm(Ptr<MountsRegistryEntry> registryEn
                                              Ptr<Fennix::Dir> directory,
                                              MountsRegistrySm* mountsRegistrySm)
     : registryEntry_(std::move(registryEntry)),
+      mountsRegistrySm_(mountsRegistrySm),
       oobStatus_(std::move(oobStatus)),
+      timeoutClock_(this),
       serviceConfigDir_(std::move(serviceConfigDir)),
       directory_(std::move(directory)),
-      mountsRegistrySm_(mountsRegistrySm),
       order_(mountsRegistrySm->nextOrder()),
-      ormMountsRegistryEntry_(this),
-      timeoutClock_(this) {}
+      ormMountsRegistryEntry_(this) {}
 
 void MountsRegistryEntrySm::start() {
   ormMountsRegistryEntry_.notifierIs(registryEntry_);
@@ -250,7 +250,7 @@ Admission MountsRegistryEntrySm::decide(const Connection& connection) {
     REGISTRY_MESSAGE(5, kSignature, " no connectionFilter for %s", entryName());
     return Admission::admitted;
   }
-  if (connectionFilter_.value(connection.name) != 0) {
+  if (connectionFilter_.value(connection.name, lastIncluded_) != 0) {
     REGISTRY_MESSAGE(5, kSignature, " matched connectionFilter:%s", connection.name);
     return Admission::admitted;
   }

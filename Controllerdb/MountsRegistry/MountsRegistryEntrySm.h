@@ -244,22 +244,26 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void handleMountTimeout(const OrmMountSmDataSm& mount) const;
   Orm::String displayName(const SystemId& systemId) const;
 
+  // First what each decision and each report reads, so that it lies in few cache lines.
+  bool wildcard_ = false;
+  bool initialized_ = false;
   Orm::Ptr<MountsRegistryEntry> registryEntry_;
-  Orm::Ptr<ControllerOob::Status const> oobStatus_;
-  Orm::Ptr<ServiceConfigDir const> serviceConfigDir_;
-  Orm::Ptr<Fennix::Dir> directory_;
   MountsRegistrySm* mountsRegistrySm_;
-  std::uint64_t order_;
-
-  OrmMountsRegistryEntry ormMountsRegistryEntry_;
-  OrmTimeoutClock timeoutClock_;
-  MounterConfigSms mounterConfigSm_;
+  Orm::Ptr<ControllerOob::Status const> oobStatus_;
   MountSmDataSms mountSmDataSm_;
   mutable MountSmDataSms::Hint lastMount_ = 0;
+  ConnectionFilter::Hint lastIncluded_ = 0;
   ConnectionFilter connectionFilter_;
   VersionFilter versionFilter_;
   /// Why connected systems were refused; nothing is kept of those that were admitted.
   Orm::ValueCollection<SystemId, Admission> refused_;
+  OrmTimeoutClock timeoutClock_;
+
+  Orm::Ptr<ServiceConfigDir const> serviceConfigDir_;
+  Orm::Ptr<Fennix::Dir> directory_;
+  std::uint64_t order_;
+  OrmMountsRegistryEntry ormMountsRegistryEntry_;
+  MounterConfigSms mounterConfigSm_;
   /// The real names of the services under which the registry machine has this one indexed.
   Orm::ValueCollection<Orm::String, bool> indexedService_;
   /// The directory at the target path, as it was found when `prefixDirAsOf_` directories had left
@@ -267,8 +271,6 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   Orm::Ptr<Fennix::Dir> prefixDir_;
   std::uint64_t prefixDirAsOf_ = 0;
   std::uint32_t timeoutPeriod_ = kTimeoutPeriod;
-  bool wildcard_ = false;
-  bool initialized_ = false;
 };
 
 /// Makes the machine of an entry, as a child of the registry machine.

@@ -177,7 +177,7 @@ void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
     if (wanted) {
       groupStatus->newMountStatus(entryName());
     } else {
-      groupStatus->mountStatusDel(entryName());
+      mounter.statusDelIn(*groupStatus, entryName());
     }
     // Whoever was told of that may have exchanged any of the statuses: they are looked for again.
     handleMountState(mounter, connection, state);

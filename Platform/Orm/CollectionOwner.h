@@ -21,10 +21,13 @@ class CollectionOwner : public Entity {
   /// Takes the member out and tells, only when there was one.
   template <class T, auto KeyOf, class K>
   bool memberDel(Collection<Ptr<T>, KeyOf>& collection, AttributeId attribute, const K& key) {
-    const Ptr<T> gone = collection.take(key);
-    if (!gone) return false;
-    notify(attribute, ((*gone).*KeyOf)());
-    return true;
+    return memberGone<KeyOf>(collection.take(key), attribute);
+  }
+  /// The same for who has just looked for the member.
+  template <class T, auto KeyOf, class K>
+  bool memberDel(Collection<Ptr<T>, KeyOf>& collection, AttributeId attribute, const K& key,
+                 typename Collection<Ptr<T>, KeyOf>::Hint& hint) {
+    return memberGone<KeyOf>(collection.take(key, hint), attribute);
   }
 
   /// Clears at once when nobody watches; otherwise each removal is told singly.
@@ -67,6 +70,14 @@ class CollectionOwner : public Entity {
     }
     const Ptr<Entity const> self(this);
     collection.walk([&](const K& key, const V&) { valueDel(collection, attribute, key); });
+  }
+
+ private:
+  template <auto KeyOf, class T>
+  bool memberGone(const Ptr<T>& gone, AttributeId attribute) {
+    if (!gone) return false;
+    notify(attribute, ((*gone).*KeyOf)());
+    return true;
   }
 };
 

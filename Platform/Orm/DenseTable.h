@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -220,24 +221,27 @@ class DenseTable {
   }
 
   void put(std::uint32_t at) {
-    if (isWide()) {
-      putInWide(at);
-    } else {
-      putIn(narrow(), at);
-    }
-  }
-  [[gnu::noinline]] void putInWide(std::uint32_t at) { putIn(wide(), at); }
-
-  template <class Entry>
-  void putIn(Entry* index, std::uint32_t at) {
     const Key& key = Traits::key(slots_[at]);
     const std::uint32_t hash = Traits::hash(key);
+    if (isWide()) {
+      putInWide(at, hash, &key);
+    } else {
+      putIn(narrow(), at, hash, &key);
+    }
+  }
+  [[gnu::noinline]] void putInWide(std::uint32_t at, std::uint32_t hash, const Key* key) {
+    putIn(wide(), at, hash, key);
+  }
+
+  /// `key`: null when it is known to be there once.
+  template <class Entry>
+  void putIn(Entry* index, std::uint32_t at, std::uint32_t hash, const Key* key) {
     const std::uint32_t low = mask();
     const auto tag = static_cast<Entry>(hash << bits_);
     std::uint32_t i = home(hash);
     for (Entry entry; (entry = index[i]) != 0; i = (i + 1) & low) {
-      if ((entry & ~low) != tag) continue;
-      assertThat(!(Traits::key(slots_[(entry & low) - 1]) == key), "!has( key )");
+      if (!key || (entry & ~low) != tag) continue;
+      assertThat(!(Traits::key(slots_[(entry & low) - 1]) == *key), "!has( key )");
     }
     index[i] = static_cast<Entry>(tag | (at + 1));
   }
@@ -300,8 +304,28 @@ class DenseTable {
     bits_ = bits;
     index_ = Kobble::allocate(indexBytes());
     std::memset(index_, 0, indexBytes());
-    for (std::uint32_t at = 0; at != used_; ++at) {
-      if (Traits::live(slots_[at])) put(at);
+    if (isWide()) {
+      putAllIn(wide());
+    } else {
+      putAllIn(narrow());
+    }
+  }
+
+  /// Members lie scattered, and a large table's were mostly not touched for long: their keys are
+  /// read some at a time and not one after each other's place, so that the waits for them overlap.
+  template <class Entry>
+  void putAllIn(Entry* index) {
+    constexpr std::uint32_t kAtATime = 32;
+    std::array<std::uint32_t, kAtATime> hashes;
+    for (std::uint32_t from = 0; from < used_; from += kAtATime) {
+      const std::uint32_t count = std::min(kAtATime, used_ - from);
+      for (std::uint32_t i = 0; i != count; ++i) {
+        const Slot& slot = slots_[from + i];
+        if (Traits::live(slot)) hashes[i] = Traits::hash(Traits::key(slot));
+      }
+      for (std::uint32_t i = 0; i != count; ++i) {
+        if (Traits::live(slots_[from + i])) putIn(index, from + i, hashes[i], nullptr);
+      }
     }
   }
 

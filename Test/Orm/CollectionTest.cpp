@@ -437,6 +437,22 @@ TEST(CollectionTest, FindWithAHint_OneMemberAfterAnotherInTheirOrderAndNotIn) {
   }
 }
 
+TEST(CollectionTest, ValueWithAHint_IsAsValueWhateverHappenedMeanwhile) {
+  Orm::ValueCollection<std::uint32_t, std::uint32_t> values;
+  Orm::ValueCollection<std::uint32_t, std::uint32_t>::Hint hint = 0;
+  std::mt19937 random(7);
+  for (int turn = 0; turn != 5'000; ++turn) {
+    const auto key = static_cast<std::uint32_t>(random() % 40);
+    if (random() % 3 == 0) {
+      values.set(key, static_cast<std::uint32_t>(random()));
+    } else if (random() % 3 == 0) {
+      values.erase(key);
+    }
+    const auto asked = static_cast<std::uint32_t>(random() % 40);
+    ASSERT_EQ(values.value(asked, hint), values.value(asked)) << turn;
+  }
+}
+
 TEST(CollectionTest, InsertWithAHint_FindsTheMemberAtOnce) {
   Things things;
   fill(things, 20);

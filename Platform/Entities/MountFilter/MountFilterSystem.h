@@ -18,7 +18,10 @@ class MountFilterSystem : public Orm::CollectionOwner, private Kobble::Counted<M
   const Orm::String& name() const { return name_; }
 
   const IncludedSystems& includedSystem() const { return includedSystem_; }
-  bool includes(const Orm::String& system) const { return includedSystem_.value(system); }
+  /// Cheapest for the system that was asked for last: each path of a group asks for it.
+  bool includes(const Orm::String& system) const {
+    return includedSystem_.value(system, lastFound_);
+  }
   void includedSystemIs(const Orm::String& system, bool included) {
     valueIs(includedSystem_, Attr::includedSystem, system, included);
   }
@@ -30,6 +33,7 @@ class MountFilterSystem : public Orm::CollectionOwner, private Kobble::Counted<M
  private:
   Orm::String name_;
   IncludedSystems includedSystem_;
+  mutable IncludedSystems::Hint lastFound_ = 0;
 };
 
 }  // namespace Controller

@@ -11,10 +11,15 @@ ServiceMountGroupStatus::~ServiceMountGroupStatus() {
 }
 
 void ServiceMountGroupStatus::mountStatusDel(const String& path) {
-  const Ptr<MountStatus> gone = mountStatus_.find(path);
+  MountStatuses::Hint hint = 0;
+  mountStatusDel(path, hint);
+}
+
+void ServiceMountGroupStatus::mountStatusDel(const String& path, MountStatuses::Hint& hint) {
+  const Ptr<MountStatus> gone(mountStatus_.find(path, hint));
   if (!gone) return;
   gone->leaveGroup();
-  memberDel(mountStatus_, Attr::mountStatus, gone->path());
+  memberDel(mountStatus_, Attr::mountStatus, gone->path(), hint);
 }
 
 void ServiceMountGroupStatus::mountStatusDelAll() {
