@@ -61,12 +61,16 @@ class DenseTable {
 
   /// Appends a slot whose key is absent; one that is present stops the process.
   Slot& insert(Slot slot) {
-    if (!index_) assertThat(place(Traits::key(slot)) == kNowhere, "!has( key )");
     if (used_ == capacity_) makeRoom();
+    if (!index_) {
+      assertThat(place(Traits::key(slot)) == kNowhere, "!has( key )");
+    } else if (indexIsFull()) {
+      reindex();
+    }
     Slot* const added = std::construct_at(slots_ + used_, std::move(slot));
     ++used_;
     if (index_) {
-      enter(used_ - 1);
+      put(used_ - 1);
     } else if (used_ > kLinear) {
       reindex();
     }
@@ -171,9 +175,10 @@ class DenseTable {
   };
 
   // An index entry is 0 or, in its low `bits_` bits, a place plus one, and above them bits of the
-  // member's hash, so that most mismatches are seen without going to the member. The top `bits_`
-  // bits of the hash say where the search begins. Entries take 16 bits while 4 are left for hashes;
-  // what serves larger tables stands apart, so that it costs the others one test.
+  // hash of the member that is or was there, so that most mismatches are seen without going to it;
+  // each place has one entry at the most. The top `bits_` bits of the hash say where the search
+  // begins. Entries take 16 bits while 4 are left for hashes; what serves larger tables stands
+  // apart, so that it costs the others one test.
   using Narrow = std::uint16_t;
   using Wide = std::uint32_t;
   static constexpr std::uint8_t kNarrowBits = 12;
@@ -206,18 +211,14 @@ class DenseTable {
       if (entry == 0) return kNowhere;
       if ((entry & ~low) == tag) {
         const std::uint32_t at = (entry & low) - 1;
-        if (Traits::key(slots_[at]) == key) return at;
+        if (Traits::live(slots_[at]) && Traits::key(slots_[at]) == key) return at;
       }
     }
   }
 
-  void enter(std::uint32_t at) {
-    // Four fifths full at the most; a place plus one must fit in bits_ bits as well.
-    if (std::uint64_t{size()} * 5 > (std::uint64_t{mask()} + 1) * 4 || at + 1 > mask()) {
-      reindex();
-    } else {
-      put(at);
-    }
+  /// Four fifths full at the most with one more; then a place plus one fits in bits_ bits as well.
+  bool indexIsFull() const {
+    return (std::uint64_t{used_} + 1) * 5 > (std::uint64_t{mask()} + 1) * 4;
   }
 
   void put(std::uint32_t at) {
@@ -241,36 +242,10 @@ class DenseTable {
     std::uint32_t i = home(hash);
     for (Entry entry; (entry = index[i]) != 0; i = (i + 1) & low) {
       if (!key || (entry & ~low) != tag) continue;
-      assertThat(!(Traits::key(slots_[(entry & low) - 1]) == *key), "!has( key )");
+      const Slot& other = slots_[(entry & low) - 1];
+      assertThat(!(Traits::live(other) && Traits::key(other) == *key), "!has( key )");
     }
     index[i] = static_cast<Entry>(tag | (at + 1));
-  }
-
-  void leave(std::uint32_t at) {
-    if (isWide()) {
-      leaveWide(at);
-    } else {
-      leaveIn(narrow(), at);
-    }
-  }
-  [[gnu::noinline]] void leaveWide(std::uint32_t at) { leaveIn(wide(), at); }
-
-  /// Takes the place out of the index and closes the gap.
-  template <class Entry>
-  void leaveIn(Entry* index, std::uint32_t at) {
-    const std::uint32_t low = mask();
-    std::uint32_t gap = home(Traits::hash(Traits::key(slots_[at])));
-    while ((index[gap] & low) != at + 1) gap = (gap + 1) & low;
-    for (std::uint32_t i = gap;;) {
-      i = (i + 1) & low;
-      if (index[i] == 0) break;
-      const std::uint32_t its = home(Traits::hash(Traits::key(slots_[(index[i] & low) - 1])));
-      if (((i - its) & low) >= ((i - gap) & low)) {
-        index[gap] = index[i];
-        gap = i;
-      }
-    }
-    index[gap] = 0;
   }
 
   Slot takeAt(std::uint32_t at) {
@@ -279,9 +254,9 @@ class DenseTable {
     return taken;
   }
 
-  /// Leaves a dead slot at the place of the member that is returned.
+  /// Leaves a dead slot at the place of the member that is returned. The index keeps pointing at
+  /// it: to close the gap there, the members behind it would have to be asked for their keys.
   Slot remove(std::uint32_t at) {
-    if (index_) leave(at);
     Slot taken = std::move(slots_[at]);
     Traits::kill(slots_[at]);
     ++dead_;
@@ -294,12 +269,10 @@ class DenseTable {
     bits_ = 0;
   }
 
-  /// Builds the index anew, for at least the present number of members and places.
+  /// Builds the index anew, with room for one place more at least.
   void reindex() {
     std::uint8_t bits = 4;
-    while (std::uint64_t{size()} * 4 > (std::uint64_t{3} << bits) || used_ > (1U << bits) - 1) {
-      ++bits;
-    }
+    while (std::uint64_t{used_} * 4 > std::uint64_t{3} << bits) ++bits;
     dropIndex();
     bits_ = bits;
     index_ = Kobble::allocate(indexBytes());
@@ -352,7 +325,7 @@ class DenseTable {
       clear();
     } else if (dead_ * 2 > used_) {
       compact();
-    } else if (!Traits::live(slots_[used_ - 1])) {
+    } else if (!index_ && !Traits::live(slots_[used_ - 1])) {
       std::destroy_at(slots_ + --used_);
       --dead_;
     }
