@@ -464,7 +464,6 @@ TEST(CollectionTest, InsertWithAHint_FindsTheMemberAtOnce) {
 
 TEST(CollectionDeathTest, Insert_UnderAKeyThatIsThereStopsTheProcess) {
   for (const int count : {3, 8, 9, 12, 30}) {  // also when the index is made, or made larger
-
     Things things;
     fill(things, count);
     EXPECT_DEATH(things.insert(Orm::make<Thing>(nameOf(1))), "assertion failed: !has\\( key \\)");
