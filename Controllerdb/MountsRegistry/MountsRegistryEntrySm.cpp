@@ -337,22 +337,23 @@ void MountsRegistryEntrySm::startMount(const Connection& connection, const Peer&
   Orm::assertThat(prefixDir, "prefixDir");
   REGISTRY_TRACE(8, "targetPath=", prefixDir->childPath(connection.name.view()));
   if (!mount) mount = &newMount(connection.systemId, String());
-  const Ptr<MountSmData> mountSmData = mount->mountSmData();
   const std::uint32_t retries = registry.reconnectRetries();
   const Orm::Seconds timeout = registry.mountTimeout();
-  mountSmIs({.systemId = connection.systemId,
-             .connectionConfig = peer.connectionConfig(),
-             .heartbeatConfig = mountsRegistrySm_->heartbeatConfig(),
-             .remoteRoot = registry.remoteRootPath(),
-             .remotePath = entryName(),
-             .mountDir = prefixDir,
-             .mountName = connection.name,
-             .ormType = registryEntry_->ormType(),
-             .mountFlags = registryEntry_->mountFlags(),
-             .retries = retries != 0 ? retries : kNoRetryLimit,
-             .timeout = timeout != 0 ? wholeSeconds(timeout) : kNoTimeout,
-             .mountSmData = mountSmData});
-  mountSmDataSmIs(mountSmData);
+  const Ptr<MountSmData> mountSmData = mount->mountSmData();
+  const Orm::ActivityScope scope;  // whoever is told of the mount may take it away
+  mountSmIs(*mount, {.systemId = connection.systemId,
+                     .connectionConfig = peer.connectionConfig(),
+                     .heartbeatConfig = mountsRegistrySm_->heartbeatConfig(),
+                     .remoteRoot = registry.remoteRootPath(),
+                     .remotePath = entryName(),
+                     .mountDir = prefixDir,
+                     .mountName = connection.name,
+                     .ormType = registryEntry_->ormType(),
+                     .mountFlags = registryEntry_->mountFlags(),
+                     .retries = retries != 0 ? retries : kNoRetryLimit,
+                     .timeout = timeout != 0 ? wholeSeconds(timeout) : kNoTimeout,
+                     .mountSmData = mountSmData});
+  mountSmDataSmIs(*mount);
 }
 
 const Ptr<Fennix::Dir>& MountsRegistryEntrySm::prefixDir() {
@@ -414,9 +415,8 @@ MountSm* MountsRegistryEntrySm::mountSm(const SystemId& systemId) const {
   return mount ? mount->mountSm().get() : nullptr;
 }
 
-void MountsRegistryEntrySm::mountSmIs(const MountRequest& request) const {
-  OrmMountSmDataSm* const mount = mountSmDataSm(request.systemId);
-  if (!mount->mountSm_) mount->mountSm_ = MountSm::MountSmIs(request);
+void MountsRegistryEntrySm::mountSmIs(OrmMountSmDataSm& mount, const MountRequest& request) {
+  if (!mount.mountSm_) mount.mountSm_ = MountSm::MountSmIs(request);
 }
 
 void MountsRegistryEntrySm::mountSmDel(const SystemId& systemId) const {
@@ -445,11 +445,9 @@ void MountsRegistryEntrySm::mountSmDataDel(const SystemId& systemId) {
   mountSmDataSm_.take(systemId, lastMount_);
 }
 
-void MountsRegistryEntrySm::mountSmDataSmIs(const Ptr<MountSmData>& mountSmData) const {
-  const Orm::ActivityScope scope;
-  OrmMountSmDataSm* const mount = mountSmDataSm(mountSmData->systemId());
-  mount->hasNotificationActiveIs(true);
-  mount->handleMountState();
+void MountsRegistryEntrySm::mountSmDataSmIs(OrmMountSmDataSm& mount) {
+  mount.hasNotificationActiveIs(true);
+  mount.handleMountState();
 }
 
 void MountsRegistryEntrySm::mountSmDataSmDelAll() {

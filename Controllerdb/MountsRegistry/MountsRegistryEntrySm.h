@@ -196,7 +196,8 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void mounterConfigSmDel(const Orm::String& serviceName);
 
   MountSm* mountSm(const SystemId& systemId) const;
-  void mountSmIs(const MountRequest& request) const;
+  /// Makes the mount's machine, which asks for it.
+  static void mountSmIs(OrmMountSmDataSm& mount, const MountRequest& request);
   void mountSmDel(const SystemId& systemId) const;
 
   Orm::Ptr<MountSmData> mountSmData(const SystemId& systemId) const;
@@ -207,7 +208,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
     return mountSmDataSm_.find(systemId, lastMount_);
   }
   /// Lets the record's reactor see its state, now and from now on.
-  void mountSmDataSmIs(const Orm::Ptr<MountSmData>& mountSmData) const;
+  static void mountSmDataSmIs(OrmMountSmDataSm& mount);
   void mountSmDataSmDelAll();
 
   /// The mounts, one record a system, in the order in which they came.

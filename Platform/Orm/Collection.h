@@ -92,6 +92,11 @@ class Collection {
     const Handle* slot = table_.find(key, hint);
     return slot ? slot->get() : nullptr;
   }
+  /// The member that the hint leads to, null when it has another key, or there is none.
+  Member* findAt(Hint hint, const Key& key) const {
+    const Handle* slot = table_.findAt(hint, key);
+    return slot ? slot->get() : nullptr;
+  }
   bool has(const Key& key) const { return table_.find(key) != nullptr; }
 
   /// Puts in a member whose key is absent.

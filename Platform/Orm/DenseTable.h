@@ -53,10 +53,12 @@ class DenseTable {
 
   /// The same for who looks for one member many times in a row: a compare, and no hashing.
   ORM_ALWAYS_INLINE Slot* find(const Key& key, Hint& hint) const {
-    if (hint < used_ && Traits::live(slots_[hint]) && Traits::key(slots_[hint]) == key) {
-      return slots_ + hint;
-    }
-    return search(key, hint);
+    Slot* const found = findAt(hint, key);
+    return found ? found : search(key, hint);
+  }
+  /// The member that the hint leads to, null when it has another key, or there is none.
+  ORM_ALWAYS_INLINE Slot* findAt(Hint hint, const Key& key) const {
+    return isAt(hint, key) ? slots_ + hint : nullptr;
   }
 
   /// Appends a slot whose key is absent; one that is present stops the process.
@@ -140,15 +142,16 @@ class DenseTable {
   Iterator end() const { return {slots_ + used_, slots_ + used_}; }
 
  private:
+  ORM_ALWAYS_INLINE bool isAt(std::uint32_t at, const Key& key) const {
+    return at < used_ && Traits::live(slots_[at]) && Traits::key(slots_[at]) == key;
+  }
+
   /// What is left when a hint does not hold; apart, so that one that holds costs no more than the
   /// compare where it is used. Looks at the next place first: who looks for one member after
   /// another mostly does it in the order in which they came, as a walk over all peers does in the
   /// tables of every entry.
   [[gnu::noinline]] Slot* search(const Key& key, Hint& hint) const {
-    const std::uint32_t next = hint + 1;
-    const bool isNext =
-        next < used_ && Traits::live(slots_[next]) && Traits::key(slots_[next]) == key;
-    const std::uint32_t at = isNext ? next : place(key);
+    const std::uint32_t at = isAt(hint + 1, key) ? hint + 1 : place(key);
     if (at == kNowhere) return nullptr;
     hint = at;
     return slots_ + at;

@@ -19,6 +19,7 @@ class PeerTable : public Orm::CollectionOwner, private Kobble::Counted<PeerTable
   /// Cheapest for the peer that was asked for last, also when there was none: one event asks for
   /// one peer many times, one that has gone as well.
   Peer* peer(const SystemId& systemId) const {
+    if (Peer* const found = peer_.findAt(lastFound_, systemId)) return found;
     if (lastMissed_ == systemId) return nullptr;
     Peer* const found = peer_.find(systemId, lastFound_);
     if (!found) lastMissed_ = systemId;
