@@ -14,6 +14,49 @@
 
 namespace Orm {
 
+namespace detail {
+
+/// An index entry of 24 bits, which are enough to know the upper half of the hash: from that a
+/// larger index is built without a look at the members, which lie scattered and most of which were
+/// not touched for long.
+class NarrowEntry {
+ public:
+  static constexpr std::uint32_t kBits = 24;
+  static std::uint32_t tag(std::uint32_t hash, std::uint32_t bits) {
+    return hash >> (32 - kBits) & ~0U << bits;
+  }
+  operator std::uint32_t() const {
+    std::uint16_t lower;
+    std::memcpy(&lower, bytes_, sizeof lower);
+    return lower | std::uint32_t{bytes_[sizeof lower]} << 16;
+  }
+  NarrowEntry& operator=(std::uint32_t entry) {
+    const auto lower = static_cast<std::uint16_t>(entry);
+    std::memcpy(bytes_, &lower, sizeof lower);
+    bytes_[sizeof lower] = static_cast<std::uint8_t>(entry >> 16);
+    return *this;
+  }
+
+ private:
+  std::uint8_t bytes_[3];
+};
+
+/// One of 32 bits, with the lower bits of the hash: the upper ones say where the entry is.
+class WideEntry {
+ public:
+  static std::uint32_t tag(std::uint32_t hash, std::uint32_t bits) { return hash << bits; }
+  operator std::uint32_t() const { return entry_; }
+  WideEntry& operator=(std::uint32_t entry) {
+    entry_ = entry;
+    return *this;
+  }
+
+ private:
+  std::uint32_t entry_;
+};
+
+}  // namespace detail
+
 /// A hash table whose members stand in a dense array in order of insertion, with an index of
 /// places beside it; the ground that the collections stand on.
 ///
@@ -180,16 +223,19 @@ class DenseTable {
   // An index entry is 0 or, in its low `bits_` bits, a place plus one, and above them bits of the
   // hash of the member that is or was there, so that most mismatches are seen without going to it;
   // each place has one entry at the most. The top `bits_` bits of the hash say where the search
-  // begins. Entries take 16 bits while 4 are left for hashes; what serves larger tables stands
-  // apart, so that it costs the others one test.
-  using Narrow = std::uint16_t;
-  using Wide = std::uint32_t;
+  // begins. Entries of larger tables are wide; what serves them stands apart, so that it costs the
+  // others one test.
+  using Narrow = detail::NarrowEntry;
+  using Wide = detail::WideEntry;
   static constexpr std::uint8_t kNarrowBits = 12;
 
-  bool isWide() const { return bits_ > kNarrowBits; }
+  static bool isWide(std::uint8_t bits) { return bits > kNarrowBits; }
+  static std::size_t indexBytes(std::uint8_t bits) {
+    return (isWide(bits) ? sizeof(Wide) : sizeof(Narrow)) << bits;
+  }
+  bool isWide() const { return isWide(bits_); }
   Narrow* narrow() const { return static_cast<Narrow*>(index_); }
   Wide* wide() const { return static_cast<Wide*>(index_); }
-  std::size_t indexBytes() const { return (isWide() ? sizeof(Wide) : sizeof(Narrow)) << bits_; }
   std::uint32_t mask() const { return (1U << bits_) - 1; }
   std::uint32_t home(std::uint32_t hash) const { return hash >> (32 - bits_); }
 
@@ -208,9 +254,9 @@ class DenseTable {
   std::uint32_t placeIn(const Entry* index, const Key& key) const {
     const std::uint32_t hash = Traits::hash(key);
     const std::uint32_t low = mask();
-    const auto tag = static_cast<Entry>(hash << bits_);
+    const std::uint32_t tag = Entry::tag(hash, bits_);
     for (std::uint32_t i = home(hash);; i = (i + 1) & low) {
-      const Entry entry = index[i];
+      const std::uint32_t entry = index[i];
       if (entry == 0) return kNowhere;
       if ((entry & ~low) == tag) {
         const std::uint32_t at = (entry & low) - 1;
@@ -241,14 +287,14 @@ class DenseTable {
   template <class Entry>
   void putIn(Entry* index, std::uint32_t at, std::uint32_t hash, const Key* key) {
     const std::uint32_t low = mask();
-    const auto tag = static_cast<Entry>(hash << bits_);
+    const std::uint32_t tag = Entry::tag(hash, bits_);
     std::uint32_t i = home(hash);
-    for (Entry entry; (entry = index[i]) != 0; i = (i + 1) & low) {
+    for (std::uint32_t entry; (entry = index[i]) != 0; i = (i + 1) & low) {
       if (!key || (entry & ~low) != tag) continue;
       const Slot& other = slots_[(entry & low) - 1];
       assertThat(!(Traits::live(other) && Traits::key(other) == *key), "!has( key )");
     }
-    index[i] = static_cast<Entry>(tag | (at + 1));
+    index[i] = tag | (at + 1);
   }
 
   Slot takeAt(std::uint32_t at) {
@@ -267,28 +313,54 @@ class DenseTable {
   }
 
   void dropIndex() {
-    if (index_) Kobble::deallocate(index_, indexBytes());
+    if (index_) Kobble::deallocate(index_, indexBytes(bits_));
     index_ = nullptr;
     bits_ = 0;
   }
 
-  /// Builds the index anew, with room for one place more at least.
-  void reindex() {
+  /// The least size of an index of so many places, with room for one more.
+  static std::uint8_t bitsFor(std::uint32_t places) {
     std::uint8_t bits = 4;
-    while (std::uint64_t{used_} * 4 > std::uint64_t{3} << bits) ++bits;
-    dropIndex();
+    while (std::uint64_t{places} * 4 > std::uint64_t{3} << bits) ++bits;
+    return bits;
+  }
+
+  /// Builds the index anew. `moved`: by the places that the index knows, where their members are
+  /// now; null when they are where they were.
+  void reindex(const std::uint32_t* moved = nullptr) {
+    auto* const old = narrow();
+    const std::uint8_t oldBits = bits_;
+    std::uint8_t bits = bitsFor(used_);
+    // Not smaller than it was, unless by much: the members of a smaller one would have to be read.
+    if (bits < oldBits && oldBits < bits + 3) bits = oldBits;
+    index_ = Kobble::allocate(indexBytes(bits));
+    std::memset(index_, 0, indexBytes(bits));
     bits_ = bits;
-    index_ = Kobble::allocate(indexBytes());
-    std::memset(index_, 0, indexBytes());
     if (isWide()) {
       putAllIn(wide());
+    } else if (old && oldBits <= bits && oldBits + bits <= Narrow::kBits) {
+      putAllOf(old, oldBits, moved);
     } else {
       putAllIn(narrow());
     }
+    if (old) Kobble::deallocate(old, indexBytes(oldBits));
   }
 
-  /// Members lie scattered, and a large table's were mostly not touched for long: their keys are
-  /// read some at a time and not one after each other's place, so that the waits for them overlap.
+  /// Takes the members over from a narrow index that knows as much of their hashes as is needed.
+  void putAllOf(const Narrow* old, std::uint8_t oldBits, const std::uint32_t* moved) {
+    const std::uint32_t low = (1U << oldBits) - 1;
+    for (std::uint32_t i = 0; i <= low; ++i) {
+      const std::uint32_t entry = old[i];
+      if (entry == 0) continue;
+      const std::uint32_t at = (entry & low) - 1;
+      const std::uint32_t now = moved ? moved[at] : Traits::live(slots_[at]) ? at : kNowhere;
+      const std::uint32_t hash = (entry & ~low) << (32 - Narrow::kBits);
+      if (now != kNowhere) putIn(narrow(), now, hash, nullptr);
+    }
+  }
+
+  /// Reads all members' keys, some at a time and not one after each other's place, so that the
+  /// waits for them overlap.
   template <class Entry>
   void putAllIn(Entry* index) {
     constexpr std::uint32_t kAtATime = 32;
@@ -335,9 +407,13 @@ class DenseTable {
   }
 
   void compact() {
+    const std::size_t bytes = index_ ? used_ * sizeof(std::uint32_t) : 0;
+    auto* const moved = static_cast<std::uint32_t*>(bytes != 0 ? Kobble::allocate(bytes) : nullptr);
     std::uint32_t to = 0;
     for (std::uint32_t at = 0; at != used_; ++at) {
-      if (!Traits::live(slots_[at])) continue;
+      const bool live = Traits::live(slots_[at]);
+      if (moved) moved[at] = live ? to : kNowhere;
+      if (!live) continue;
       if (to != at) slots_[to] = std::move(slots_[at]);
       ++to;
     }
@@ -345,10 +421,11 @@ class DenseTable {
     used_ = to;
     dead_ = 0;
     if (used_ > kLinear) {
-      reindex();
+      reindex(moved);
     } else {
       dropIndex();
     }
+    if (moved) Kobble::deallocate(moved, bytes);
   }
 
   Slot* slots_ = nullptr;

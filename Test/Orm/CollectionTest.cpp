@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <random>
 #include <string>
@@ -171,6 +172,32 @@ TEST(CollectionTest, Compaction_KeepsOrderAndMembersAndBoundsTheMemory) {
   }
   // Members and names alone: 100 x (about 80 + 32); the table itself some 300 places.
   EXPECT_LT(most, 100U * 112 + 300 * 16 + 2048);
+}
+
+TEST(CollectionTest, Compaction_OfTablesOfAllSizesLosesNoMember) {
+  std::mt19937 random(11);
+  for (const int count : {9, 30, 100, 700, 3'000, 7'000}) {
+    Things things;
+    fill(things, count);
+    std::vector<bool> present(static_cast<std::size_t>(count), true);
+    for (int turn = 0; turn != 3 * count; ++turn) {
+      const int number = static_cast<int>(random() % present.size());
+      const bool grows = turn > 2 * count;
+      const auto at = static_cast<std::size_t>(number);
+      if (present[at] && !grows) {
+        ASSERT_TRUE(things.take(nameOf(number)));
+      } else if (!present[at] && (grows || turn % 5 == 0)) {
+        things.insert(Orm::make<Thing>(nameOf(number)));
+      } else {
+        continue;
+      }
+      present[at] = !present[at];
+    }
+    for (int number = 0; number != count; ++number) {
+      ASSERT_EQ(things.has(nameOf(number)), present[static_cast<std::size_t>(number)]) << count;
+    }
+    ASSERT_EQ(things.size(), std::count(present.begin(), present.end(), true));
+  }
 }
 
 /// Walks of 5 members (no index) and of 60 (an index), with changes meanwhile.
