@@ -14,49 +14,6 @@
 
 namespace Orm {
 
-namespace detail {
-
-/// An index entry of 24 bits, which are enough to know the upper half of the hash: from that a
-/// larger index is built without a look at the members, which lie scattered and most of which were
-/// not touched for long.
-class NarrowEntry {
- public:
-  static constexpr std::uint32_t kBits = 24;
-  static std::uint32_t tag(std::uint32_t hash, std::uint32_t bits) {
-    return hash >> (32 - kBits) & ~0U << bits;
-  }
-  operator std::uint32_t() const {
-    std::uint16_t lower;
-    std::memcpy(&lower, bytes_, sizeof lower);
-    return lower | std::uint32_t{bytes_[sizeof lower]} << 16;
-  }
-  NarrowEntry& operator=(std::uint32_t entry) {
-    const auto lower = static_cast<std::uint16_t>(entry);
-    std::memcpy(bytes_, &lower, sizeof lower);
-    bytes_[sizeof lower] = static_cast<std::uint8_t>(entry >> 16);
-    return *this;
-  }
-
- private:
-  std::uint8_t bytes_[3];
-};
-
-/// One of 32 bits, with the lower bits of the hash: the upper ones say where the entry is.
-class WideEntry {
- public:
-  static std::uint32_t tag(std::uint32_t hash, std::uint32_t bits) { return hash << bits; }
-  operator std::uint32_t() const { return entry_; }
-  WideEntry& operator=(std::uint32_t entry) {
-    entry_ = entry;
-    return *this;
-  }
-
- private:
-  std::uint32_t entry_;
-};
-
-}  // namespace detail
-
 /// A hash table whose members stand in a dense array in order of insertion, with an index of
 /// places beside it; the ground that the collections stand on.
 ///
@@ -116,8 +73,9 @@ class DenseTable {
     ++used_;
     if (index_) {
       put(used_ - 1);
-    } else if (used_ > kLinear) {
-      reindex();
+    } else {
+      if (Half* const half = halves()) half[used_ - 1] = halfOf(*added);
+      if (used_ > kLinear) reindex();
     }
     return *added;
   }
@@ -149,7 +107,7 @@ class DenseTable {
     dead_ = 0;
     dropIndex();
     std::destroy_n(slots, used);
-    if (slots) Kobble::deallocate(slots, capacity * sizeof(Slot));
+    if (slots) Kobble::deallocate(slots, slotBytes(capacity));
   }
 
   /// Calls visit(slot) for each member; see above for what may happen meanwhile. The slot is only
@@ -223,19 +181,42 @@ class DenseTable {
   // An index entry is 0 or, in its low `bits_` bits, a place plus one, and above them bits of the
   // hash of the member that is or was there, so that most mismatches are seen without going to it;
   // each place has one entry at the most. The top `bits_` bits of the hash say where the search
-  // begins. Entries of larger tables are wide; what serves them stands apart, so that it costs the
-  // others one test.
-  using Narrow = detail::NarrowEntry;
-  using Wide = detail::WideEntry;
+  // begins. Entries take 16 bits while 4 are left for hashes; what serves larger tables stands
+  // apart, so that it costs the others one test.
+  //
+  // Behind the slots of all tables but the smallest and largest stand the upper halves of their
+  // hashes, which is all that 16-bit entries need: an index is built from them without a look at
+  // the members, which lie scattered, and most of which were not touched for long.
+  using Narrow = std::uint16_t;
+  using Wide = std::uint32_t;
+  using Half = std::uint16_t;
   static constexpr std::uint8_t kNarrowBits = 12;
+  static constexpr std::uint32_t kLeastWithHalves = 17;
+  static constexpr std::uint32_t kMostWithHalves = (1U << kNarrowBits) / 5 * 4;
 
-  static bool isWide(std::uint8_t bits) { return bits > kNarrowBits; }
-  static std::size_t indexBytes(std::uint8_t bits) {
-    return (isWide(bits) ? sizeof(Wide) : sizeof(Narrow)) << bits;
+  static Narrow tagOf(std::uint32_t hash, std::uint8_t bits, const Narrow*) {
+    return static_cast<Narrow>(hash >> 16 << bits);
   }
-  bool isWide() const { return isWide(bits_); }
+  static Wide tagOf(std::uint32_t hash, std::uint8_t bits, const Wide*) { return hash << bits; }
+
+  static bool hasHalves(std::uint32_t capacity) {
+    return capacity >= kLeastWithHalves && capacity <= kMostWithHalves;
+  }
+  static std::size_t slotBytes(std::uint32_t capacity) {
+    return capacity * (sizeof(Slot) + (hasHalves(capacity) ? sizeof(Half) : 0));
+  }
+  static Half* halvesOf(Slot* slots, std::uint32_t capacity) {
+    return hasHalves(capacity) ? reinterpret_cast<Half*>(slots + capacity) : nullptr;
+  }
+  Half* halves() const { return halvesOf(slots_, capacity_); }
+  static Half halfOf(const Slot& slot) {
+    return static_cast<Half>(Traits::hash(Traits::key(slot)) >> 16);
+  }
+
+  bool isWide() const { return bits_ > kNarrowBits; }
   Narrow* narrow() const { return static_cast<Narrow*>(index_); }
   Wide* wide() const { return static_cast<Wide*>(index_); }
+  std::size_t indexBytes() const { return (isWide() ? sizeof(Wide) : sizeof(Narrow)) << bits_; }
   std::uint32_t mask() const { return (1U << bits_) - 1; }
   std::uint32_t home(std::uint32_t hash) const { return hash >> (32 - bits_); }
 
@@ -254,9 +235,9 @@ class DenseTable {
   std::uint32_t placeIn(const Entry* index, const Key& key) const {
     const std::uint32_t hash = Traits::hash(key);
     const std::uint32_t low = mask();
-    const std::uint32_t tag = Entry::tag(hash, bits_);
+    const Entry tag = tagOf(hash, bits_, index);
     for (std::uint32_t i = home(hash);; i = (i + 1) & low) {
-      const std::uint32_t entry = index[i];
+      const Entry entry = index[i];
       if (entry == 0) return kNowhere;
       if ((entry & ~low) == tag) {
         const std::uint32_t at = (entry & low) - 1;
@@ -273,6 +254,7 @@ class DenseTable {
   void put(std::uint32_t at) {
     const Key& key = Traits::key(slots_[at]);
     const std::uint32_t hash = Traits::hash(key);
+    if (Half* const half = halves()) half[at] = static_cast<Half>(hash >> 16);
     if (isWide()) {
       putInWide(at, hash, &key);
     } else {
@@ -287,14 +269,14 @@ class DenseTable {
   template <class Entry>
   void putIn(Entry* index, std::uint32_t at, std::uint32_t hash, const Key* key) {
     const std::uint32_t low = mask();
-    const std::uint32_t tag = Entry::tag(hash, bits_);
+    const Entry tag = tagOf(hash, bits_, index);
     std::uint32_t i = home(hash);
-    for (std::uint32_t entry; (entry = index[i]) != 0; i = (i + 1) & low) {
+    for (Entry entry; (entry = index[i]) != 0; i = (i + 1) & low) {
       if (!key || (entry & ~low) != tag) continue;
       const Slot& other = slots_[(entry & low) - 1];
       assertThat(!(Traits::live(other) && Traits::key(other) == *key), "!has( key )");
     }
-    index[i] = tag | (at + 1);
+    index[i] = static_cast<Entry>(tag | (at + 1));
   }
 
   Slot takeAt(std::uint32_t at) {
@@ -313,56 +295,34 @@ class DenseTable {
   }
 
   void dropIndex() {
-    if (index_) Kobble::deallocate(index_, indexBytes(bits_));
+    if (index_) Kobble::deallocate(index_, indexBytes());
     index_ = nullptr;
     bits_ = 0;
   }
 
-  /// The least size of an index of so many places, with room for one more.
-  static std::uint8_t bitsFor(std::uint32_t places) {
+  /// Builds the index anew, with room for one place more at least.
+  void reindex() {
     std::uint8_t bits = 4;
-    while (std::uint64_t{places} * 4 > std::uint64_t{3} << bits) ++bits;
-    return bits;
-  }
-
-  /// Builds the index anew. `moved`: by the places that the index knows, where their members are
-  /// now; null when they are where they were.
-  void reindex(const std::uint32_t* moved = nullptr) {
-    auto* const old = narrow();
-    const std::uint8_t oldBits = bits_;
-    std::uint8_t bits = bitsFor(used_);
-    // Not smaller than it was, unless by much: the members of a smaller one would have to be read.
-    if (bits < oldBits && oldBits < bits + 3) bits = oldBits;
-    index_ = Kobble::allocate(indexBytes(bits));
-    std::memset(index_, 0, indexBytes(bits));
+    while (std::uint64_t{used_} * 4 > std::uint64_t{3} << bits) ++bits;
+    dropIndex();
     bits_ = bits;
+    index_ = Kobble::allocate(indexBytes());
+    std::memset(index_, 0, indexBytes());
     if (isWide()) {
-      putAllIn(wide());
-    } else if (old && oldBits <= bits && oldBits + bits <= Narrow::kBits) {
-      putAllOf(old, oldBits, moved);
+      readAllInto(wide());
+    } else if (const Half* const half = halves()) {
+      for (std::uint32_t at = 0; at != used_; ++at) {
+        if (Traits::live(slots_[at])) putIn(narrow(), at, std::uint32_t{half[at]} << 16, nullptr);
+      }
     } else {
-      putAllIn(narrow());
-    }
-    if (old) Kobble::deallocate(old, indexBytes(oldBits));
-  }
-
-  /// Takes the members over from a narrow index that knows as much of their hashes as is needed.
-  void putAllOf(const Narrow* old, std::uint8_t oldBits, const std::uint32_t* moved) {
-    const std::uint32_t low = (1U << oldBits) - 1;
-    for (std::uint32_t i = 0; i <= low; ++i) {
-      const std::uint32_t entry = old[i];
-      if (entry == 0) continue;
-      const std::uint32_t at = (entry & low) - 1;
-      const std::uint32_t now = moved ? moved[at] : Traits::live(slots_[at]) ? at : kNowhere;
-      const std::uint32_t hash = (entry & ~low) << (32 - Narrow::kBits);
-      if (now != kNowhere) putIn(narrow(), now, hash, nullptr);
+      readAllInto(narrow());
     }
   }
 
-  /// Reads all members' keys, some at a time and not one after each other's place, so that the
+  /// Reads the members' keys, some at a time and not one after each other's place, so that the
   /// waits for them overlap.
   template <class Entry>
-  void putAllIn(Entry* index) {
+  void readAllInto(Entry* index) {
     constexpr std::uint32_t kAtATime = 32;
     std::array<std::uint32_t, kAtATime> hashes;
     for (std::uint32_t from = 0; from < used_; from += kAtATime) {
@@ -385,12 +345,26 @@ class DenseTable {
     // By a half, and large tables by a quarter: their slack would be what costs.
     const std::uint32_t more = isWide() ? capacity_ / 4 : capacity_ / 2;
     const std::uint32_t capacity = capacity_ < 4 ? capacity_ + 1 + more : capacity_ + more;
-    auto* const slots = static_cast<Slot*>(Kobble::allocate(capacity * sizeof(Slot)));
+    auto* const slots = static_cast<Slot*>(Kobble::allocate(slotBytes(capacity)));
     std::uninitialized_move_n(slots_, used_, slots);
     std::destroy_n(slots_, used_);
-    if (slots_) Kobble::deallocate(slots_, capacity_ * sizeof(Slot));
+    keepHalves(slots, capacity);
+    if (slots_) Kobble::deallocate(slots_, slotBytes(capacity_));
     slots_ = slots;
     capacity_ = capacity;
+  }
+
+  /// Fills in the halves behind `slots`, which have just taken over the members.
+  void keepHalves(Slot* slots, std::uint32_t capacity) const {
+    Half* const half = halvesOf(slots, capacity);
+    if (!half) return;
+    if (const Half* const old = halves()) {
+      std::copy_n(old, used_, half);
+      return;
+    }
+    for (std::uint32_t at = 0; at != used_; ++at) {
+      half[at] = Traits::live(slots[at]) ? halfOf(slots[at]) : Half{0};
+    }
   }
 
   /// Gives up dead slots when there are enough of them to pay for the work.
@@ -407,25 +381,24 @@ class DenseTable {
   }
 
   void compact() {
-    const std::size_t bytes = index_ ? used_ * sizeof(std::uint32_t) : 0;
-    auto* const moved = static_cast<std::uint32_t*>(bytes != 0 ? Kobble::allocate(bytes) : nullptr);
+    Half* const half = halves();
     std::uint32_t to = 0;
     for (std::uint32_t at = 0; at != used_; ++at) {
-      const bool live = Traits::live(slots_[at]);
-      if (moved) moved[at] = live ? to : kNowhere;
-      if (!live) continue;
-      if (to != at) slots_[to] = std::move(slots_[at]);
+      if (!Traits::live(slots_[at])) continue;
+      if (to != at) {
+        slots_[to] = std::move(slots_[at]);
+        if (half) half[to] = half[at];
+      }
       ++to;
     }
     std::destroy_n(slots_ + to, used_ - to);
     used_ = to;
     dead_ = 0;
     if (used_ > kLinear) {
-      reindex(moved);
+      reindex();
     } else {
       dropIndex();
     }
-    if (moved) Kobble::deallocate(moved, bytes);
   }
 
   Slot* slots_ = nullptr;
