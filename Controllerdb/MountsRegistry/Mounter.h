@@ -19,9 +19,12 @@ class Mounter : public Orm::Entity, private Kobble::Counted<Mounter> {
       : mounterName_(std::move(mounterName)),
         mountConfig_(std::move(mountConfig)),
         mountGroupConfig_(std::move(mountGroupConfig)),
-        serviceMountStatus_(std::move(serviceMountStatus)) {}
+        serviceMountStatus_(std::move(serviceMountStatus)),
+        nameText_(mounterName_.stringValue()) {}
 
   const MounterName& mounterName() const { return mounterName_; }
+  /// Its string form, made once: each report of a mount tells it to the traces.
+  const Orm::String& mounterNameText() const { return nameText_; }
   const Orm::String& serviceName() const { return mounterName_.serviceName; }
   const Orm::String& groupName() const { return mounterName_.groupName; }
 
@@ -63,6 +66,7 @@ class Mounter : public Orm::Entity, private Kobble::Counted<Mounter> {
   mutable ServiceMountGroupConfig::MountConfigs::Hint placeInConfig_ = 0;
   mutable SystemStatus::GroupStatuses::Hint placeOfGroup_ = 0;
   mutable ServiceMountGroupStatus::MountStatuses::Hint placeInStatus_ = 0;
+  Orm::String nameText_;
 };
 
 }  // namespace Controller

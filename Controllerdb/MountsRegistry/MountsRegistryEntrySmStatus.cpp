@@ -148,7 +148,7 @@ void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
       "void Controller::MountsRegistryEntrySm::updateMounterStatus(const PtrConst&, const "
       "Controller::SystemId&, Controller::MountState)";
   REGISTRY_MESSAGE(5, kSignature, "mounter: %s connectionId: %s mountState: %s",
-                   mounter.mounterName(), connection.name, state);
+                   mounter.mounterNameText(), connection.name, state);
   const Ptr<ServiceMountStatus>& serviceMountStatus = mounter.serviceMountStatus();
   Orm::assertThat(serviceMountStatus, "serviceMountStatus");
   const SystemStatus* const systemStatus = serviceMountStatus->systemStatus(connection.name);
