@@ -46,6 +46,8 @@ void MountStatusWatch::OrmServiceMountStatus::onAttribute(Orm::AttributeId attri
     handleSystem(key.as<String>());
   } else if (attribute == ServiceMountStatus::Attr::initialMountsComplete) {
     handleInitialMountsComplete(key.as<String>());
+  } else if (attribute == ServiceMountStatus::Attr::mountedPathPrefix) {
+    observer().pathPrefix(key_, key.as<String>());
   }
 }
 

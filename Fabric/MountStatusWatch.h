@@ -9,7 +9,8 @@
 namespace Fabric {
 
 /// Follows the services' mount statuses in one directory and tells an observer of each change
-/// of a group's state on a switch, and of each group whose initial mounts are complete.
+/// of a group's state on a switch, of each group whose initial mounts are complete, and of where
+/// paths are mounted.
 ///
 /// Is to be made before the machines that write or watch the statuses, so that it is registered
 /// before them and sees a change before what follows from it. Costs one reactor for each service,

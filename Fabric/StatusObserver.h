@@ -18,6 +18,8 @@ class StatusObserver {
   virtual void publishReady(std::string_view service, bool ready) = 0;
   virtual void initialMountsComplete(std::string_view service, std::string_view group,
                                      bool complete) = 0;
+  /// Where a path is mounted was said, or that it is no more; of use to few.
+  virtual void pathPrefix(std::string_view /*service*/, std::string_view /*path*/) {}
 
  protected:
   ~StatusObserver() = default;

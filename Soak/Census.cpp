@@ -161,6 +161,10 @@ void Census::lookAtMounts() {
     for (const Ptr<Controller::Mounter>& mounter : entry->mounter()) {
       addService(mounter->serviceName().view());
       add(Kind::group, mounter->groupName().view());
+      // A mounter of a service that was renamed stays, and so does its group.
+      const auto& filter = mounter->mountGroupConfig()->systemFilter();
+      if (!filter) continue;
+      for (const auto& system : filter->includedSystem()) add(Kind::systemId, system.key.view());
     }
   }
   for (const Ptr<Controller::Peer>& peer : simulation_.world().peerTable()->peer()) {

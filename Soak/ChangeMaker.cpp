@@ -35,6 +35,13 @@ std::vector<Fabric::Value> ChangeMaker::patches(Change change) {
   return made;
 }
 
+std::vector<Fabric::Value> ChangeMaker::patches(Change change, std::string_view service) {
+  about_ = service;
+  std::vector<Value> made = patches(change);
+  about_.clear();
+  return made;
+}
+
 std::vector<Fabric::Value> ChangeMaker::changes(Change change) {
   const auto one = [](Value patch) {
     return patch.isNull() ? std::vector<Value>() : std::vector<Value>{std::move(patch)};
@@ -130,6 +137,21 @@ std::optional<Fault> ChangeMaker::fault(Change change) {
   fault.path = random_.pick(names_.mounts).path;
   fault.state = static_cast<Controller::MountState>(random_.below(Controller::kMountStates));
   return fault;
+}
+
+Fault::Notice ChangeMaker::noticeOfService() {
+  using Notice = Fault::Notice;
+  static constexpr std::array kNotices = {
+      Notice::mountEntry,   Notice::publishEntry,          Notice::groupState, Notice::published,
+      Notice::publishReady, Notice::initialMountsComplete, Notice::pathPrefix};
+  return random_.chance(4) ? random_.pick(kNotices) : Notice::any;
+}
+
+Fault::Notice ChangeMaker::noticeOfSwitch() {
+  using Notice = Fault::Notice;
+  static constexpr std::array kNotices = {Notice::peer, Notice::groupState, Notice::published,
+                                          Notice::any};
+  return random_.pick(kNotices);
 }
 
 // ---- switches
@@ -239,6 +261,7 @@ Fabric::Value ChangeMaker::behaviour() {
 // ---- services
 
 std::string ChangeMaker::someService() {
+  if (!about_.empty()) return about_;
   const Object& services = model_.block(Block::services);
   return services.empty() ? std::string() : keyAt(services, random_.below(services.size()));
 }
@@ -253,6 +276,7 @@ std::string ChangeMaker::someBlockNameOf(const Value& service) {
 std::optional<ChangeMaker::Group> ChangeMaker::someGroup(std::string_view blockName) {
   std::vector<Group> groups;
   for (const Object::Member& service : model_.block(Block::services)) {
+    if (!about_.empty() && *service.key != about_) continue;
     const ServiceView view(&service.value);
     const auto block = blockName == "mount" ? view.mount() : view.publish();
     if (!block) continue;
@@ -308,12 +332,24 @@ Fabric::Value ChangeMaker::block(std::string_view member, const Value& patch) {
   return tree("services", tree(name, tree(block, tree(member, patch))));
 }
 
+/// One of the group's paths goes, or all do.
+Fabric::Value ChangeMaker::lessOf(const Group& group, std::string_view blockName,
+                                  const Object& paths) {
+  if (random_.coin()) return patchOfGroup(group, blockName, tree("paths", Value()));
+  const std::string gone = keyAt(paths, random_.below(paths.size()));
+  return patchOfGroup(group, blockName, tree("paths", tree(gone, Value())));
+}
+
 Fabric::Value ChangeMaker::path() {
   const auto chosen = someGroup("mount");
   if (!chosen || names_.mounts.empty()) return {};
+  const Object& there = GroupView(chosen->value).paths();
+  if (!there.empty() && random_.chance(about_.empty() ? 12 : 2)) {
+    return lessOf(*chosen, "mount", there);
+  }
   const std::size_t at = random_.below(names_.mounts.size());
   const Names::Path& path = names_.mounts[at];
-  const bool known = GroupView(chosen->value).paths().find(path.path) != nullptr;
+  const bool known = there.find(path.path) != nullptr;
   if (!known && !mayName(chosen->name, at)) return {};
   return patchOfGroup(*chosen, "mount",
                       tree("paths", tree(path.path, known ? Value() : newPath(path))));
@@ -342,9 +378,13 @@ Fabric::Value ChangeMaker::versionFilter() {
 Fabric::Value ChangeMaker::publication() {
   const auto chosen = someGroup("publish");
   if (!chosen || names_.publications.empty()) return {};
+  const Object& there = GroupView(chosen->value).paths();
+  if (!there.empty() && random_.chance(about_.empty() ? 12 : 2)) {
+    return lessOf(*chosen, "publish", there);
+  }
   const std::size_t at = random_.below(names_.publications.size());
   const Names::Path& path = names_.publications[at];
-  const bool known = GroupView(chosen->value).paths().find(path.path) != nullptr;
+  const bool known = there.find(path.path) != nullptr;
   if (!known && !mayName(chosen->name, at)) return {};
   return patchOfGroup(*chosen, "publish",
                       tree("paths", tree(path.path, known ? Value() : newPublication(path))));
@@ -374,7 +414,9 @@ Fabric::Value ChangeMaker::entity() {
   const Names::Path& path = random_.pick(names_.publications);
   if (aside_.chance(4)) return directoriesStand() ? directoryGone() : directoriesBack();
   const bool known = model_.find(Block::entities, path.path) != nullptr;
-  return tree("entities", tree(path.path, known ? Value() : Value(path.type)));
+  // A document may leave the type of what it publishes out.
+  const std::string_view type = path.type.empty() ? std::string_view("Soak::Entity") : path.type;
+  return tree("entities", tree(path.path, known ? Value() : Value(type)));
 }
 
 /// One patch, so that nobody connects in between.

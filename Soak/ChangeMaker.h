@@ -31,9 +31,15 @@ class ChangeMaker {
   /// The patches of one change, mostly one; several are meant to come at one time. None when there
   /// is nothing to be changed.
   std::vector<Fabric::Value> patches(Change change);
+  /// The same, about a service that is there, for changes that are about one.
+  std::vector<Fabric::Value> patches(Change change, std::string_view service);
   /// Nothing unless the change is one that no patch can say.
   std::optional<Fault> fault(Change change);
   Fault::Notice notice() { return static_cast<Fault::Notice>(random_.below(Fault::kNotices)); }
+  /// One that a service's gate leads to when it closes, mostly whichever comes.
+  Fault::Notice noticeOfService();
+  /// One that a switch leads to when it comes or goes.
+  Fault::Notice noticeOfSwitch();
 
   // ---- for whoever builds a first document
 
@@ -98,6 +104,7 @@ class ChangeMaker {
   Value newDirectory(const Names::Path& path);
   std::string freshId();
 
+  Value lessOf(const Group& group, std::string_view blockName, const Object& paths);
   Value patchOfGroup(const Group& group, std::string_view blockName, Value patch);
 
   const Names& names_;
@@ -107,6 +114,8 @@ class ChangeMaker {
   Random aside_;
   /// Directories that were taken away.
   std::vector<std::string> gone_;
+  /// The service that the change is to be about; empty: any.
+  std::string about_;
 };
 
 }  // namespace Soak

@@ -36,6 +36,16 @@ void Excuses::start(const Model& model) {
   }
 }
 
+void Excuses::patchComes(const Model& model, const Fabric::Patch& patch) {
+  look(model, patch);
+  before_.push_back(model.block(Block::services));
+}
+
+void Excuses::patchCame(const Model& model, const Fabric::Patch& patch) {
+  before_.pop_back();
+  look(model, patch);
+}
+
 void Excuses::look(const Model& model, const Fabric::Patch& patch) {
   bool services = false;
   for (const Fabric::Step& step : patch.steps) {
@@ -119,6 +129,7 @@ void Excuses::lookAtServices(const Model& model) {
   for (const Object::Member& service : model.block(Block::services)) {
     const ServiceView view(&service.value);
     if (const auto mount = view.mount()) {
+      lookAtLettingGo(*service.key, *mount);
       std::set<std::string_view> mounted;
       for (const Object::Member& group : mount->groups()) {
         for (const Object::Member& path : GroupView(&group.value).paths()) {
@@ -136,6 +147,23 @@ void Excuses::lookAtServices(const Model& model) {
         }
         for (const Object::Member& path : GroupView(&group.value).dirs()) {
           if (!published.insert(*path.key).second) publicationsNamedTwice_.insert(*path.key);
+        }
+      }
+    }
+  }
+}
+
+void Excuses::lookAtLettingGo(std::string_view service, const Fabric::ServiceBlockView& mount) {
+  for (const Object& before : before_) {
+    const auto was = ServiceView(before.find(service)).mount();
+    if (!was) continue;
+    for (const Object::Member& group : mount.groups()) {
+      for (const Object::Member& path : GroupView(&group.value).paths()) {
+        for (const Object::Member& other : was->groups()) {
+          if (*other.key == *group.key || !GroupView(&other.value).paths().find(*path.key))
+            continue;
+          mountsNamedTwice_.insert({std::string(mount.serviceName(service)), *path.key});
+          mountsNamedTwice_.insert({std::string(service), *path.key});
         }
       }
     }

@@ -4,8 +4,10 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "Fabric/Model.h"
+#include "Fabric/ServiceBlockView.h"
 #include "Fabric/SwitchView.h"
 #include "Platform/Entities/SystemId/SystemId.h"
 
@@ -19,7 +21,8 @@ namespace Soak {
 ///   since a mount of it ended by itself, or a service was disabled while it was both connected and
 ///   inactive, which takes its mounts away; until the switch comes back;
 /// - **a path that two groups of a service named** at one time: the first has it, and the last to
-///   let go of it takes it from the other; until the run's end;
+///   let go of it takes it from the other; until the run's end. A group that is just letting go of
+///   it still has it for whoever is told of that;
 /// - **a local path that was named twice**, by any groups or services: the same;
 /// - **a local path whose entity went**: a switch that comes meanwhile is not published to, and it
 ///   is nobody's task to look again when the entity is back;
@@ -33,8 +36,8 @@ class Excuses {
   /// The start of a run.
   void start(const Fabric::Model& model);
   /// Before and after a patch is applied; calls of nested patches may come between.
-  void patchComes(const Fabric::Model& model, const Fabric::Patch& patch) { look(model, patch); }
-  void patchCame(const Fabric::Model& model, const Fabric::Patch& patch) { look(model, patch); }
+  void patchComes(const Fabric::Model& model, const Fabric::Patch& patch);
+  void patchCame(const Fabric::Model& model, const Fabric::Patch& patch);
   /// A patch was applied while another one was being carried.
   void nested() { nested_ = true; }
   /// A mount of the switch was meddled with.
@@ -73,6 +76,10 @@ class Excuses {
   void lookAtPublishFilters(const Fabric::Value* service, const Fabric::Value& patch);
   void lookAtName(const Fabric::Text& key, const Fabric::Value& patch);
 
+  void lookAtLettingGo(std::string_view service, const Fabric::ServiceBlockView& mount);
+
+  /// The services as they were before each patch that is being applied, the innermost last.
+  std::vector<Fabric::Object> before_;
   std::set<Controller::SystemId> undecided_;
   std::set<Controller::SystemId> otherOutcomes_;
   std::set<std::pair<std::string, std::string>> mountsNamedTwice_;

@@ -14,8 +14,9 @@ using Controller::MountState;
 constexpr std::string_view kWord = "fault";
 constexpr std::array<std::string_view, 4> kKinds = {"state", "lose", "vanish", "within"};
 constexpr std::array<std::string_view, Fault::kNotices> kNoticeNames = {
-    "peer",      "mountEntry",   "publishEntry",         "groupState",
-    "published", "publishReady", "initialMountsComplete"};
+    "peer",      "mountEntry",   "publishEntry",          "groupState",
+    "published", "publishReady", "initialMountsComplete", "pathPrefix",
+    "any"};
 
 template <std::size_t N>
 std::optional<std::size_t> indexOf(const std::array<std::string_view, N>& names,

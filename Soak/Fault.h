@@ -32,8 +32,10 @@ struct Fault {
     published,
     publishReady,
     initialMountsComplete,
+    pathPrefix,
+    any,  // whichever comes
   };
-  static constexpr std::size_t kNotices = 7;
+  static constexpr std::size_t kNotices = 9;
 
   Kind kind = Kind::state;
   Controller::SystemId systemId;

@@ -103,8 +103,9 @@ void Invariants::checkRegistryMachine() const {
   require(world().peerTable()->peer().size() == machine.connectionServiceStatusDirSm().size(),
           "as many machines as peers");
   for (const Ptr<Peer>& peer : world().peerTable()->peer()) {
-    require(machine.connectionServiceStatusDirSm().find(peer->name()) != nullptr,
-            "a peer without its machine:", peer->name().view());
+    const auto* const connection = machine.connectionServiceStatusDirSm().find(peer->name());
+    require(connection != nullptr, "a peer without its machine:", peer->name().view());
+    require(connection->peer() == peer, "the machine of another peer:", peer->name().view());
   }
 }
 

@@ -51,6 +51,7 @@ class Meddler final : public Fabric::StatusObserver {
   void initialMountsComplete(std::string_view, std::string_view, bool) override {
     told(Fault::Notice::initialMountsComplete);
   }
+  void pathPrefix(std::string_view, std::string_view) override { told(Fault::Notice::pathPrefix); }
 
  private:
   class OrmPeerTable final : public Orm::ReactorOn<Controller::PeerTable, Meddler> {
@@ -75,7 +76,10 @@ class Meddler final : public Fabric::StatusObserver {
 
   void carryOut(const Fault& fault);
   void told(Fault::Notice notice);
+  void toldOfPublishEntry(const Orm::String& path);
+  bool mayBeTakenOver(const Orm::String& path) const;
   bool bringsOrTakesService(const Fabric::Patch& patch) const;
+  bool meetsAtSwitch(const Fabric::Patch& patch) const;
   bool bringsOrTakesDirectory(const Fabric::Patch& patch) const;
   void applyWaiting();
   void applyNow(const Fabric::Patch& patch);

@@ -6,8 +6,10 @@
 #include <cstdio>
 #include <numeric>
 
+#include "Fabric/ControllerView.h"
 #include "Fabric/Document.h"
 #include "Fabric/Reader.h"
+#include "Fabric/ServiceBlockView.h"
 #include "Soak/ChangeMaker.h"
 #include "Soak/Names.h"
 #include "Soak/Random.h"
@@ -24,6 +26,27 @@ namespace {
 
 constexpr std::string_view kName = "soak";
 
+using Weights = std::array<std::uint8_t, kChanges>;
+
+/// The services with a gate, for mounts or publications, that is open before and not after.
+std::vector<std::string> closingServices(const Model& before, const Model& after) {
+  const auto isOpen = [](const Model& model, const std::string& service, std::string_view block) {
+    const std::string_view leader =
+        Fabric::ControllerView(model.block(Fabric::Block::controller)).leader();
+    const Value* const body = model.find(Fabric::Block::services, service)->find(block);
+    return body && !leader.empty() && Fabric::ServiceBlockView(body).generation() == leader;
+  };
+  std::vector<std::string> closing;
+  for (const Object::Member& service : before.block(Fabric::Block::services)) {
+    for (const std::string_view block : {"mount", "publish"}) {
+      if (!isOpen(before, *service.key, block) || isOpen(after, *service.key, block)) continue;
+      closing.push_back(*service.key);
+      break;
+    }
+  }
+  return closing;
+}
+
 /// Writes the events of one script, keeping the document as they leave it.
 class Writer {
  public:
@@ -36,6 +59,10 @@ class Writer {
         weight_(seed.profile->weight) {
     for (std::uint8_t& weight : weight_) {
       if (random_.chance(3)) weight = 0;
+    }
+    if (random_.coin()) within_ = 2 * seed.profile->within;
+    for (const auto& [change, weight] : kWithinClosings) {
+      if (weight_[index(change)] != 0) withinClosings_[index(change)] = weight;
     }
   }
 
@@ -124,35 +151,82 @@ class Writer {
 
   void addChange(Script& script) {
     if (random_.below(100) >= seed_.profile->together) at_ = microseconds(at_ + pause());
-    const Change change = someChange();
+    const Change change = someChange(weight_);
     if (const auto fault = maker_.fault(change)) {
       script.events.push_back(tree({{"at", Value(at_)}, {"note", Value(fault->note())}}));
       return;
     }
     for (const Value& patch : maker_.patches(change)) {
-      model_.apply(model_.resolve(kName, patch));
-      Value event = tree("at", Value(at_));
-      // Whether a service is a proxy is said once, so that its patches keep their order; so do
-      // those of directories.
-      if (change != Change::service && change != Change::entity &&
-          random_.below(100) < seed_.profile->within) {
-        Fault within;
-        within.kind = Fault::Kind::within;
-        within.notice = maker_.notice();
-        within.count = static_cast<std::uint32_t>(random_.from(1, 3));
-        event.mutableObject().set("note", Value(within.note()));
-      }
-      event.mutableObject().set("apply", patch);
-      script.events.push_back(std::move(event));
+      const bool flips = change == Change::connection || change == Change::flap;
+      if (flips && addFlapWithin(script, patch)) continue;
+      const bool turns = change == Change::leader || change == Change::generation;
+      // Only one patch waits for its notification at a time.
+      const bool within = !(turns && addWithinClosing(script, patch)) && mayBeWithin(change) &&
+                          random_.below(100) < within_;
+      addPatch(script, patch, within ? std::optional(maker_.notice()) : std::nullopt);
     }
   }
 
-  Change someChange() {
-    const std::size_t all = std::accumulate(weight_.begin(), weight_.end(), std::size_t{0});
+  /// A service whose gate closes tells of it in many places, and is the one of which somebody who
+  /// is told wants something else then. Adds such a change, before the patch that closes the gate,
+  /// or nothing, and says so.
+  bool addWithinClosing(Script& script, const Value& patch) {
+    if (within_ == 0 || random_.chance(4)) return false;
+    Model after = model_;
+    after.apply(after.resolve(kName, patch));
+    const std::vector<std::string> services = closingServices(model_, after);
+    if (services.empty()) return false;
+    const std::string& service = random_.pick(services);
+    const std::vector<Value> made = maker_.patches(someChange(withinClosings_), service);
+    for (const Value& one : made) addPatch(script, one, maker_.noticeOfService());
+    return !made.empty();
+  }
+
+  /// A switch that goes, or comes, and does the opposite while that is told of, or what follows
+  /// from it later. No connection comes while a directory is missing. Adds both, or nothing, and
+  /// says so.
+  bool addFlapWithin(Script& script, const Value& patch) {
+    if (within_ == 0 || !random_.chance(4) || !maker_.directoriesStand()) return false;
+    const Value* const switches = patch.find("switches");
+    if (switches == nullptr || switches->object().size() != 1) return false;
+    const Object::Member& one = *switches->object().begin();
+    const Value* const connected = one.value.find("connected");
+    if (connected == nullptr) return false;
+    const Value opposite =
+        tree("switches", tree(*one.key, tree("connected", Value(!connected->boolean()))));
+    const bool later = random_.coin();
+    if (later) addPatch(script, patch, std::nullopt);
+    addPatch(script, opposite, maker_.noticeOfSwitch());
+    if (!later) addPatch(script, patch, std::nullopt);
+    return true;
+  }
+
+  void addPatch(Script& script, const Value& patch, std::optional<Fault::Notice> within) {
+    model_.apply(model_.resolve(kName, patch));
+    Value event = tree("at", Value(at_));
+    if (within) {
+      Fault fault;
+      fault.kind = Fault::Kind::within;
+      fault.notice = *within;
+      fault.count = random_.coin() ? 1 : static_cast<std::uint32_t>(random_.from(2, 3));
+      event.mutableObject().set("note", Value(fault.note()));
+    }
+    event.mutableObject().set("apply", patch);
+    script.events.push_back(std::move(event));
+  }
+
+  /// Whether a service is a proxy is said once, so that its patches keep their order; so do those
+  /// of directories.
+  static bool mayBeWithin(Change change) {
+    return change != Change::service && change != Change::entity;
+  }
+
+  Change someChange(const Weights& weight) {
+    const std::size_t all = std::accumulate(weight.begin(), weight.end(), std::size_t{0});
     if (all == 0) return Change::connection;
     std::size_t at = random_.below(all);
     std::size_t change = 0;
-    while (at >= weight_[change]) at -= weight_[change++];
+    while (at >= weight[change]) at -= weight[change++];
     return static_cast<Change>(change);
   }
 
@@ -177,6 +251,20 @@ class Writer {
 
   /// Longer than every delay, window and report.
   static constexpr double kSettled = 700;
+  /// Changes that are made while a service's gate closes: of what it has a gate for, mostly.
+  static constexpr std::array<std::pair<Change, std::uint8_t>, 11> kWithinClosings = {
+      {{Change::path, 6},
+       {Change::group, 3},
+       {Change::publication, 4},
+       {Change::directory, 2},
+       {Change::systemFilter, 2},
+       {Change::versionFilter, 2},
+       {Change::ready, 2},
+       {Change::preserve, 1},
+       {Change::status, 1},
+       {Change::generation, 2},
+       {Change::leader, 2}}};
+  static constexpr std::size_t index(Change change) { return static_cast<std::size_t>(change); }
   static double microseconds(double seconds) { return std::round(seconds * 1e6) / 1e6; }
 
   const Seed& seed_;
@@ -184,7 +272,11 @@ class Writer {
   Names names_;
   Model model_;
   ChangeMaker maker_;
-  std::array<std::uint8_t, kChanges> weight_;
+  Weights weight_;
+  Weights withinClosings_{};
+  /// Of each 100 changes, those that are made within a notification. Half of the runs have none:
+  /// what they come to is compared with a controller that is started afresh.
+  std::size_t within_ = 0;
   double at_ = 0;
 };
 

@@ -18,7 +18,8 @@ struct Seed {
 
 /// A random fabric with random events: the same for the same seed, everywhere. A third of the kinds
 /// of change, others for each seed, is left out, so that rare ones come in numbers and some states
-/// are reached that a change of another kind would end.
+/// are reached that a change of another kind would end. Half of the runs make changes within
+/// notifications, and there mostly while a gate closes or a switch comes or goes.
 Script randomScript(const Seed& seed);
 
 /// Random events around a given fabric: first come its own, then the random ones.

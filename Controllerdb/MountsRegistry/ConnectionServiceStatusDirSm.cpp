@@ -77,7 +77,13 @@ void ConnectionServiceStatusDirSm::serviceStatusIs(const Ptr<ServiceStatusV1 con
 void ConnectionServiceStatusDirSm::serviceStatusDel(const String& serviceName) {
   const Orm::ActivityScope scope;
   const Orm::Owned<OrmServiceStatus> gone = serviceStatus_.take(serviceName);
-  if (gone) gone->doCleanup();
+  if (gone) {
+    gone->doCleanup();
+  } else if (!initialized_) {
+    // Whoever was told of what a service before this one decided took it away before its turn, and
+    // that decision had counted on it.
+    mountsRegistrySm_->handleServiceVersion(serviceName, connection_);
+  }
 }
 
 void ConnectionServiceStatusDirSm::OrmServiceStatus::onAttribute(Orm::AttributeId attribute,

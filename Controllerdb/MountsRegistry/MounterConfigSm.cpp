@@ -23,6 +23,8 @@ MounterConfigSm::MounterConfigSm(Ptr<Mounter> mounter, MountsRegistryEntrySm* pa
       versionFilter_(this) {}
 
 void MounterConfigSm::start() {
+  // What is left of one that is withdrawing: whoever it told has had the path mounted again.
+  if (parent_->versionFilter().has(serviceName())) parent_->versionFilterDel(serviceName());
   mountGroupConfig_.notifierIs(mounter_->mountGroupConfig());
   systemFilterIs(groupSystemFilter());
   versionFilterIs(groupVersionFilter());
@@ -176,6 +178,7 @@ void MounterConfigSm::addVersionToVersionFilter(std::uint32_t version) {
 
 void MounterConfigSm::removeVersionFromVersionFilter(std::uint32_t version) {
   REGISTRY_TRACE(8, "MounterConfigSm::", "removeVersionFromVersionFilter", ": ", version);
+  if (isReplaced()) return;
   const Ptr<ServiceVersionFilter> filter = parent_->versionFilterIs(serviceName());
   filter->versionDel(version);
   if (filter->version().empty()) parent_->versionFilterDel(serviceName());
@@ -211,6 +214,12 @@ void MounterConfigSm::withdrawSystems() {
       [this](const String& system, bool) { removeSystemFromConnectionFilter(system); });
 }
 
+/// Whoever was told of the first that went may have had the service mount the path again.
+bool MounterConfigSm::isReplaced() const {
+  const MounterConfigSm* const present = parent_->mounterConfigSm().find(serviceName());
+  return present && present != this;
+}
+
 void MounterConfigSm::withdrawVersions() {
   const Ptr<MountFilterServiceVersion const> filter(versionFilter_.notifier());
   versionFilterDel();
@@ -218,23 +227,20 @@ void MounterConfigSm::withdrawVersions() {
     filter->includedServiceVersion().walk(
         [this](std::uint32_t version, bool) { removeVersionFromVersionFilter(version); });
   }
-  if (!parent_->versionFilter().has(serviceName())) return;
+  if (isReplaced() || !parent_->versionFilter().has(serviceName())) return;
   parent_->versionFilterDel(serviceName());
   redecide();
 }
 
 void MounterConfigSm::deleteMountStatus() {
   const Ptr<ServiceMountStatus>& status = mounter_->serviceMountStatus();
-  if (!status) return;
+  if (!status || isReplaced()) return;
   status->mountedPathPrefixDel(parent_->entryName());
   status->systemStatus().walk([this](SystemStatus& system) { deleteMountStatus(system); });
 }
 
 void MounterConfigSm::deleteMountStatus(SystemStatus& system) {
-  // Whoever was told of the first ones may have had the service mount the path again.
-  if (const auto* other = parent_->mounterConfigSm().find(serviceName()); other && other != this) {
-    return;
-  }
+  if (isReplaced()) return;
   const String& path = parent_->entryName();
   const Ptr<ServiceMountGroupStatus> group(system.serviceMountGroupStatus(mounter_->groupName()));
   if (!group || !group->mountStatus(path)) return;

@@ -83,6 +83,7 @@ class MounterConfigSm : public Orm::Sm, private Kobble::Counted<MounterConfigSm>
   const Orm::Ptr<MountFilterServiceVersion const>& groupVersionFilter() const;
   void withdrawSystems();
   void withdrawVersions();
+  bool isReplaced() const;
   void deleteMountStatus();
   void deleteMountStatus(SystemStatus& system);
   void redecide();

@@ -103,7 +103,11 @@ Ptr<ServiceMountGroupSm> ServiceMountConfigSm::mountGroupSmIs(
 }
 
 void ServiceMountConfigSm::mountGroupSmDel(const String& groupName) {
-  if (const Ptr<ServiceMountGroupSm> gone = mountGroupSm_.take(groupName)) gone->doCleanup();
+  const Ptr<ServiceMountGroupSm> gone = mountGroupSm_.take(groupName);
+  if (!gone) return;
+  gone->doFinalCleanup();
+  // Whoever was told of it may have brought the group back, while its paths had mounters still.
+  if (ServiceMountGroupSm* const again = mountGroupSm_.find(groupName)) again->handleMountConfig();
 }
 
 // ---- clean up

@@ -130,6 +130,11 @@ bool ServiceMountGroupSm::hasMounter(const String& path) const {
   return mounter && mounter->mountGroupConfig() == mountGroupConfig_;
 }
 
+/// The prefix goes before its mounter: who is told of it finds a mounter that has none any more.
+bool ServiceMountGroupSm::isGoing(const Mounter& mounter, const String& path) {
+  return !mounter.serviceMountStatus()->mountedPathPrefix().has(path);
+}
+
 void ServiceMountGroupSm::addMountConfig(const String& path) {
   static constexpr char kSignature[] =
       "void Controller::ServiceMountGroupSm::addMountConfig(const String&)";
@@ -148,14 +153,19 @@ void ServiceMountGroupSm::addMountConfig(const String& path) {
     mre = newMountEntry(*mountConfig);
     Orm::assertThat(mre, "mre");
   }
-  if (mre->mounter(serviceName)) {
-    CONFIG_TRACE(8, "addMountConfig", " Service:", serviceName,
-                 " has already requested a mount for ", path);
-    return;
+  if (const Mounter* const mounter = mre->mounter(serviceName)) {
+    if (!isGoing(*mounter, path)) {
+      CONFIG_TRACE(8, "addMountConfig", " Service:", serviceName,
+                   " has already requested a mount for ", path);
+      return;
+    }
+    mre->mounterDel(serviceName);
   }
   CONFIG_MESSAGE(5, kSignature, " add mounter service:%s group:%s rpath:%s path prefix:%s",
                  serviceName, groupName(), path, mre->targetPath());
   serviceMountStatus_->mountedPathPrefixIs(path, mre->targetPath());
+  // Who was told of it may have had another group of the service, or this one, ask for the path.
+  if (mre->mounter(serviceName)) return;
   mre->mounterIs({serviceName, groupName()}, mountConfig, mountGroupConfig_, serviceMountStatus_);
   // Who was told of it may have taken the path or this machine away, or closed the gate, before
   // there was a mounter to take off.
@@ -187,9 +197,10 @@ void ServiceMountGroupSm::removeMountConfig(const String& path) {
   const String serviceName = serviceMountConfig_->serviceName();
   CONFIG_MESSAGE(5, kSignature, " del registry entry: service:%s group:%s path:%s", serviceName,
                  groupName(), path);
-  if (mre->mounter(serviceName)) {
+  if (const Ptr<Mounter const> mounter{mre->mounter(serviceName)}) {
     serviceMountStatus_->mountedPathPrefixDel(path);
-    mre->mounterDel(serviceName);
+    // Who was told of it may have wanted the path again.
+    if (mre->mounter(serviceName) == mounter) mre->mounterDel(serviceName);
   }
   if (mre->mounter().empty()) {
     CONFIG_MESSAGE(5, kSignature, " all mounters gone path:%s", path);
@@ -204,8 +215,14 @@ void ServiceMountGroupSm::doCleanup() {
   const bool wasOpen = isOpen();
   mountGroupConfig_->mountConfig().walk([this, wasOpen](const MountConfig& config) {
     // Whoever was told of the first paths may have opened the gate again.
-    if (isOpen() == wasOpen) removeMountConfig(config.path());
+    if (!initialized_ || isOpen() == wasOpen) removeMountConfig(config.path());
   });
+}
+
+void ServiceMountGroupSm::doFinalCleanup() {
+  initialized_ = false;
+  hasNotificationActiveIs(false);
+  doCleanup();
 }
 
 }  // namespace Controller

@@ -72,11 +72,14 @@ class ServiceMountGroupSm : public Orm::Sm, private Kobble::Counted<ServiceMount
 
   /// Takes the service off every path of the group. Harmless when repeated.
   void doCleanup();
+  /// The same when the group has gone: nothing brings its paths back.
+  void doFinalCleanup();
 
  private:
   /// canMount() without its trace.
   bool isOpen() const;
   bool hasMounter(const Orm::String& path) const;
+  static bool isGoing(const Mounter& mounter, const Orm::String& path);
   Orm::Ptr<MountsRegistryEntry> newMountEntry(const MountConfig& mountConfig);
 
   Orm::Ptr<Controllerdb::Status const> controllerdbStatus_;

@@ -373,6 +373,17 @@ TEST_F(ConnectionServiceStatusDirSmTest, DecisionThatDisconnectsTheSwitch_IsSurv
   EXPECT_EQ(0U, topology.status().systemStatus().size());
 }
 
+TEST_F(ConnectionServiceStatusDirSmTest, ServiceThatGoesBeforeItsTurn_IsDecidedWithoutIt) {
+  service("Other").group("default").versions({2}).path("shared");
+  service("First").group("default").versions({7}).path("shared");
+  const Support::Recorder recorder(
+      service("Other").status().systemStatusIs(kA)->serviceMountGroupStatusIs("default"),
+      [&](auto, const auto&) { serviceStatusDir(kA).serviceDel("Other"); });
+  connect(kA, {{"First", 1}, {"Other", 2}});
+  EXPECT_EQ(nullptr, serviceStatusDir(kA).service("Other"));
+  EXPECT_EQ(Admission::versionNotInFilter, entrySm("shared").admission(systemId(kA)));
+}
+
 class WithoutPublishStatusDeathTest : public Support::ControllerFixture {};
 
 TEST_F(WithoutPublishStatusDeathTest, VersionArrives_StopsTheProcess) {

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "Controllerdb/MountsRegistry/MounterConfigSm.h"
 #include "Test/Support/ControllerFixture.h"
 
@@ -330,6 +332,21 @@ TEST_F(MounterConfigSmTest, CleanedUpTwice_Harmless) {
   EXPECT_EQ(1U, count(kA));
   group("A").system(kB, true);  // nobody follows any more
   EXPECT_FALSE(entry().connectionFilter().has(kB));
+}
+
+/// The last version that goes lets the other service have the path.
+TEST_F(MounterConfigSmTest, MountedAgainWhileVersionsAreWithdrawn_VersionsAreThoseOfTheNewMounter) {
+  connect(kA, {{"B", 1}});
+  group("A").versions({2, 3}).path("topology");
+  group("B").systems({kA}).path("topology");
+  bool once = true;
+  mounts().onMadeIs([&](Support::FakeMountSm&) {
+    if (std::exchange(once, false)) group("A").versions({4}).path("topology");
+  });
+  group("A").withoutPath("topology");
+  ASSERT_FALSE(once);
+  EXPECT_THAT(versions("A"), ElementsAre(4U));
+  EXPECT_TRUE(service("A").status().mountedPathPrefix().has("topology"));
 }
 
 }  // namespace

@@ -308,5 +308,79 @@ TEST_F(ServiceMountGroupSmTest, ServiceTakenAwayByAWatcherDuringTheWalk_IsSurviv
   EXPECT_TRUE(topology.status().mountedPathPrefix().empty());
 }
 
+// ---- what whoever is told of a prefix wants
+
+class PrefixToldTest : public ServiceMountGroupSmTest {
+ protected:
+  /// Is done when the prefix of the path "a" has come, or has gone.
+  Support::Recorder::Act whenPrefix(bool there, std::function<void()> act) {
+    return [this, there, act = std::move(act)](Orm::AttributeId attribute, const Orm::Key& key) {
+      if (attribute != ServiceMountStatus::Attr::mountedPathPrefix) return;
+      if (key.as<String>() == "a" && topology_.status().mountedPathPrefix().has("a") == there)
+        act();
+    };
+  }
+  void expectMounted(const char* path, const char* group) const {
+    ASSERT_NE(nullptr, mounter(path, "Topology"));
+    EXPECT_EQ(group, mounter(path, "Topology")->groupName());
+    EXPECT_EQ(std::string("/controller/mounts/") + path, prefix("Topology", path));
+  }
+
+  const Support::MountService topology_ = service("Topology");
+};
+
+TEST_F(PrefixToldTest, GateOpenedAgainWhenItGoes_PathHasAMounterAgain) {
+  topology_.group("default").path("a").path("b");
+  const Support::Recorder recorder(topology_.statusPtr(),
+                                   whenPrefix(false, [this] { leaderIs("gen-1"); }));
+  leaderIs("gen-2");
+  expectMounted("a", "default");
+  expectMounted("b", "default");
+}
+
+TEST_F(PrefixToldTest, PathPutBackWhenItGoes_HasAMounterOfTheNewConfiguration) {
+  topology_.group("default").path("a");
+  const Support::Recorder recorder(
+      topology_.statusPtr(), whenPrefix(false, [this] { topology_.group("default").path("a"); }));
+  topology_.group("default").withoutPath("a");
+  expectMounted("a", "default");
+  EXPECT_EQ(topology_.group("default").config().mountConfig("a"),
+            mounter("a", "Topology")->mountConfig().get());
+}
+
+TEST_F(PrefixToldTest, AnotherGroupAsksWhenItComes_AndHasThePath) {
+  const Support::Recorder recorder(
+      topology_.statusPtr(), whenPrefix(true, [this] { topology_.group("second").path("a"); }));
+  topology_.group("default").path("a");
+  expectMounted("a", "second");
+}
+
+TEST_F(PrefixToldTest, GroupBroughtBackWhenItGoes_HasAllItsPaths) {
+  topology_.group("default").path("a").path("b");
+  bool once = true;
+  const Support::Recorder recorder(topology_.statusPtr(), whenPrefix(false, [&] {
+                                     if (!std::exchange(once, false)) return;
+                                     topology_.group("default").path("a").path("b");
+                                   }));
+  topology_.withoutGroup("default");
+  for (const char* path : {"a", "b"}) {
+    expectMounted(path, "default");
+    EXPECT_EQ(&topology_.group("default").config(),
+              mounter(path, "Topology")->mountGroupConfig().get());
+  }
+}
+
+TEST_F(PrefixToldTest, LeaderChangedWhileAProxysGroupGoes_BringsNothingBack) {
+  const auto proxy = proxyService("Topology-Proxy");
+  proxy.group("default").path("a").path("b");
+  const Support::Recorder recorder(proxy.statusPtr(), [this](auto, const auto&) {
+    leaderIs(controllerdbStatus()->leaderGenId() == "gen-2" ? "gen-1" : "gen-2");
+  });
+  proxy.withoutGroup("default");
+  EXPECT_EQ(nullptr, mounter("a", "Topology-Proxy"));
+  EXPECT_EQ(nullptr, mounter("b", "Topology-Proxy"));
+  EXPECT_TRUE(proxy.status().mountedPathPrefix().empty());
+}
+
 }  // namespace
 }  // namespace Controller

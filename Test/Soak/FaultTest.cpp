@@ -8,7 +8,8 @@ namespace {
 TEST(FaultTest, ANoteSaysWhatTheFaultIs) {
   for (const char* note : {"fault state 02:00:00:00:00:01 a/b failed",
                            "fault lose 02:00:00:00:00:01 a/b", "fault vanish 02:00:00:00:00:01 a/b",
-                           "fault within groupState 3", "fault within initialMountsComplete 1"}) {
+                           "fault within groupState 3", "fault within initialMountsComplete 1",
+                           "fault within pathPrefix 2", "fault within any 1"}) {
     const auto fault = Fault::parse(note);
     ASSERT_TRUE(fault) << note;
     EXPECT_EQ(fault->note(), note);

@@ -53,5 +53,32 @@ TEST(LifeTest, FaultsAreDone) {
   EXPECT_EQ(note.events, 2U);
 }
 
+/// One that takes the place of an entry that is just going would stop the process.
+TEST(LifeTest, AnEntryOfAnotherServiceComesWhenThatOfTheFirstHasGone) {
+  constexpr const char* kText = R"({"controller": {"leader": "g"},
+    "services": {"T": {"publish": {"generation": "g", "groups": {"d": {"paths": {"/a": {}}}}}},
+                 "U": {"publish": {"generation": "g", "groups": {"d": {}}}}},
+    "events": [
+      {"at": 1, "note": "fault within publishEntry 1",
+       "apply": {"services": {"U": {"publish": {"groups": {"d": {"paths": {"/a": {}}}}}}}}},
+      {"at": 1, "apply": {"services": {"T": {"publish": {"groups": {"d": {"paths": null}}}}}}}]})";
+  Note note;
+  EXPECT_NO_THROW(live(kText, {}, note));
+  EXPECT_EQ(note.events, 2U);
+}
+
+/// A switch that was taken away does not come back with what was to be said of it before.
+TEST(LifeTest, APatchOfASwitchThatGoesIsAppliedBeforeItGoes) {
+  constexpr const char* kText = R"({"controller": {"leader": "g"},
+    "switches": {"02:00:00:00:00:01": {"connected": true, "services": {"T": 1}}},
+    "events": [
+      {"at": 1, "note": "fault within peer 1",
+       "apply": {"switches": {"02:00:00:00:00:01": {"services": {"T": 2}}}}},
+      {"at": 1, "apply": {"switches": {"02:00:00:00:00:01": null}}},
+      {"at": 2, "apply": {"services": {"T": {}}}}]})";
+  Note note;
+  EXPECT_NO_THROW(live(kText, {}, note));
+}
+
 }  // namespace
 }  // namespace Soak

@@ -94,6 +94,20 @@ TEST_F(ListenerTest, AMountKeepsTheNameOfItsSwitch) {
   EXPECT_EQ(found(listener), "");
 }
 
+/// A mounter of a service that lost its name stays, with the filter of a group that has gone.
+TEST_F(ListenerTest, AMounterKeepsTheFilterOfItsGroup) {
+  constexpr std::string_view kText =
+      "MounterConfigSm::removeSystemFromConnectionFilter: 02:00:00:00:00:07";
+  Listener listener(simulation_, true);
+  patch(R"({"services": {"T": {"mount": {"generation": "g", "groups": {
+            "d": {"systems": ["02:00:00:00:00:07"]}}}}}})");
+  patch(R"({"services": {"T": {"mount": {"serviceName": ""}}}})");
+  patch(R"({"services": {"T": {"mount": null}}})");
+  listener.begin();
+  hears(listener, kText);
+  EXPECT_EQ(found(listener), "");
+}
+
 TEST_F(ListenerTest, WhatCameWithinThePieceOfWorkMayBeNamed) {
   Listener listener(simulation_, true);
   patch(R"({"services": {"U": {"mount": {"groups": {"e": {"paths": {"b": {}}}}}}}})");

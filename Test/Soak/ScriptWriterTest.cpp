@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+
 #include "Fabric/Document.h"
 #include "Fabric/InputError.h"
 #include "Fabric/Reader.h"
@@ -50,6 +53,13 @@ TEST(ScriptWriterTest, AroundAFabric_ItsOwnEventsComeFirst) {
   EXPECT_NO_THROW(Document::parse("soak.json", script.text()));
 }
 
+TEST(ScriptWriterTest, AroundAFabric_EveryScriptIsADocument) {
+  for (std::uint64_t number = 1; number != 50; ++number) {
+    const Script script = scriptAround({number, &profiles()[0], 40}, "own.yaml", kFabric);
+    EXPECT_NO_THROW(Document::parse("soak.json", script.text())) << number;
+  }
+}
+
 TEST(ScriptWriterTest, AroundAFabric_WithoutRandomEventsItIsTheFabric) {
   const Script script = scriptAround({1, &profiles()[0], 0}, "own.yaml", kFabric);
   EXPECT_EQ(script.events.size(), 1U);
@@ -58,6 +68,41 @@ TEST(ScriptWriterTest, AroundAFabric_WithoutRandomEventsItIsTheFabric) {
 
 TEST(ScriptWriterTest, AroundSomethingElse_IsAnInputError) {
   EXPECT_THROW(scriptAround({}, "own.yaml", "switches: 7"), Fabric::InputError);
+}
+
+/// The service that a patch is about; empty when it is about none, or several.
+std::string serviceOf(const Fabric::Value* patch) {
+  const Fabric::Value* const services = patch ? patch->find("services") : nullptr;
+  if (!services || services->object().size() != 1) return {};
+  return *(*services->object().begin()).key;
+}
+
+bool isWithin(const Fabric::Value& event) {
+  const Fabric::Value* const note = event.find("note");
+  return note && note->string().find("fault within") == 0;
+}
+
+/// In half of the runs nothing is changed within notifications. In the others what is changed while
+/// the generation of a service changes is mostly something of that service.
+TEST(ScriptWriterTest, WhileAGenerationChangesItsServiceIs) {
+  std::size_t without = 0;
+  std::size_t same = 0;
+  std::size_t other = 0;
+  for (std::uint64_t number = 1; number != 300; ++number) {
+    const Script script = randomScript({number, profile("leadership"), 40});
+    without += std::none_of(script.events.begin(), script.events.end(), isWithin) ? 1U : 0U;
+    for (std::size_t at = 1; at < script.events.size(); ++at) {
+      const Fabric::Value& event = script.events[at];
+      const std::string service = serviceOf(event.find("apply"));
+      if (service.empty() || isWithin(event) || !isWithin(script.events[at - 1])) continue;
+      if (Fabric::toJson(*event.find("apply")).find("generation") == std::string::npos) continue;
+      (serviceOf(script.events[at - 1].find("apply")) == service ? same : other) += 1;
+    }
+  }
+  EXPECT_GT(without, 100U);
+  EXPECT_LT(without, 200U);
+  EXPECT_GT(same, 50U);
+  EXPECT_GT(same, other);
 }
 
 TEST(ScriptWriterTest, ProfilesAreFoundByName) {
