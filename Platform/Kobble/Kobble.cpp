@@ -1,13 +1,11 @@
 #include "Platform/Kobble/Kobble.h"
 
 #include <cxxabi.h>
-#include <sys/mman.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
-#include <utility>
 
 #if KOBBLE_POISONS
 #include <sanitizer/asan_interface.h>
@@ -19,66 +17,23 @@ namespace {
 
 const TypeRecord* firstRecord = nullptr;
 
-/// Where chunks are cut from: pieces that come from the system's allocator.
-///
-/// The first of it comes in small pieces. When a process has used that up, it will use more: then
-/// pieces are large, on pages of their size if the system has such, which cost less when they are
-/// touched for the first time, and in every search of a page table. What was not cut from a piece
-/// takes no memory but for the end of its last page.
-class Supply {
- public:
-  struct Chunk {
-    char* begin;  // aligned to 16
-    std::size_t size;
-  };
-  /// A chunk that has room for a slot at least: the last one of a piece is smaller than others.
-  Chunk chunk() {
-    if (left_ < kLargestSlot) refill();
-    const std::size_t size = std::min(kChunkSize, left_);
-    left_ -= size;
-    return {std::exchange(next_, next_ + size), size};
-  }
-
- private:
-  static constexpr std::size_t kSmallPiece = 4 * kChunkSize;
-  static constexpr std::size_t kLargePage = std::size_t{2} << 20;
-  static constexpr std::size_t kSmallPieces = 2 * kLargePage;  // bytes, all of them
-  static constexpr std::size_t kLargestPiece = 16 * kLargePage;
-
-  // Pieces stay reachable so that leak checkers see them as what they are.
-  struct alignas(16) Piece {
-    Piece* next;
-  };
-
-  void refill() {
-    std::size_t size = kSmallPiece;
-    void* memory = nullptr;
-    if (taken_ < kSmallPieces) {
-      memory = ::operator new(size);
-    } else {
-      size = std::clamp(taken_ / 4 / kLargePage * kLargePage, kLargePage, kLargestPiece);
-      memory = ::operator new (size, std::align_val_t{kLargePage});
-      madvise(memory, size, MADV_HUGEPAGE);  // a wish: without it the pages are small ones
-    }
-    taken_ += size;
-    first_ = ::new (memory) Piece{first_};
-    next_ = reinterpret_cast<char*>(first_ + 1);
-    left_ = size - sizeof(Piece);
-  }
-
-  Piece* first_ = nullptr;
-  char* next_ = nullptr;  // of the first piece: what was not cut off yet
-  std::size_t left_ = 0;
-  std::size_t taken_ = 0;
+// Chunks stay reachable so that leak checkers see them as what they are.
+struct Chunk {
+  Chunk* next;
+  Chunk* padding;  // keeps slots of a multiple of 16 bytes aligned to 16
 };
-constinit Supply supply;
+static_assert(sizeof(Chunk) % 16 == 0 && sizeof(detail::Slot) <= kStep);
+Chunk* firstChunk = nullptr;
 
 void refill(std::size_t index) {
+  auto* chunk = static_cast<Chunk*>(::operator new(kChunkSize));
+  chunk->next = firstChunk;
+  firstChunk = chunk;
+  auto* const slots = reinterpret_cast<char*>(chunk + 1);
   const std::size_t size = index * kStep;
-  const Supply::Chunk chunk = supply.chunk();
   // From the back, so that slots are handed out in the order of their addresses.
-  for (std::size_t at = chunk.size / size * size; at != 0; at -= size) {
-    auto* const slot = reinterpret_cast<detail::Slot*>(chunk.begin + at - size);
+  for (std::size_t at = (kChunkSize - sizeof(Chunk)) / size * size; at >= size; at -= size) {
+    auto* slot = reinterpret_cast<detail::Slot*>(slots + at - size);
     slot->next = detail::state.free[index];
     detail::state.free[index] = slot;
     if constexpr (detail::kPoison) detail::poison(slot, size);

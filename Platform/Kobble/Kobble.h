@@ -11,8 +11,7 @@
 ///
 /// Memory comes in chunks that are cut into slots of one size class (8-byte steps) and go back to
 /// a free list of that class: a get and a put are a few instructions, objects of a kind lie
-/// together, and there is no header per object. Chunks are kept for the life of the process; a
-/// process that has taken some megabytes gets them from large pages, where the system has such.
+/// together, and there is no header per object. Chunks are kept for the life of the process.
 /// Larger blocks go to the system's allocator. Loop thread only.
 namespace Kobble {
 

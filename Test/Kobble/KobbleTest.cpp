@@ -87,7 +87,7 @@ TEST_P(KobbleTest, Allocate_MoreThanAChunkOfOneClassGoesOn) {
   for (void* block : blocks) Kobble::deallocate(block, Kobble::kLargestSlot);
 }
 
-TEST_P(KobbleTest, Allocate_MoreThanTheFirstPiecesGoesOnInLargeOnes) {
+TEST_P(KobbleTest, Allocate_ManyChunksOfTwoClassesDoNotOverlap) {
   struct Block {
     std::uint32_t* words;
     std::size_t size;
