@@ -77,7 +77,7 @@ inline void* allocate(std::size_t size) {
     if (detail::Slot* slot = state.free[index]) [[likely]] {
       if constexpr (detail::kPoison) detail::unpoison(slot, index * kStep);
       state.free[index] = slot->next;
-      __builtin_prefetch(slot->next, 1);  // the next one to go, which may lie anywhere
+      __builtin_prefetch(slot->next);  // the next one to go, which may lie anywhere
       state.bytesInUse += size;
       return slot;
     }
