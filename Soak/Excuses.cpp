@@ -1,5 +1,7 @@
 #include "Soak/Excuses.h"
 
+#include <algorithm>
+
 #include "Fabric/GroupView.h"
 #include "Fabric/ServiceStatusView.h"
 #include "Fabric/ServiceView.h"
@@ -133,10 +135,7 @@ void Excuses::lookAtServices(const Model& model) {
       std::set<std::string_view> mounted;
       for (const Object::Member& group : mount->groups()) {
         for (const Object::Member& path : GroupView(&group.value).paths()) {
-          if (!mounted.insert(*path.key).second) {
-            mountsNamedTwice_.insert({std::string(mount->serviceName(*service.key)), *path.key});
-            mountsNamedTwice_.insert({*service.key, *path.key});
-          }
+          if (!mounted.insert(*path.key).second) mountNamedTwice(*service.key, *mount, *path.key);
         }
       }
     }
@@ -153,21 +152,28 @@ void Excuses::lookAtServices(const Model& model) {
   }
 }
 
+/// Paths that another group of the service had before a patch that is being applied.
 void Excuses::lookAtLettingGo(std::string_view service, const Fabric::ServiceBlockView& mount) {
   for (const Object& before : before_) {
     const auto was = ServiceView(before.find(service)).mount();
     if (!was) continue;
     for (const Object::Member& group : mount.groups()) {
+      const auto hadAnother = [&](const std::string& path) {
+        return std::any_of(was->groups().begin(), was->groups().end(), [&](const auto& other) {
+          return *other.key != *group.key && GroupView(&other.value).paths().find(path);
+        });
+      };
       for (const Object::Member& path : GroupView(&group.value).paths()) {
-        for (const Object::Member& other : was->groups()) {
-          if (*other.key == *group.key || !GroupView(&other.value).paths().find(*path.key))
-            continue;
-          mountsNamedTwice_.insert({std::string(mount.serviceName(service)), *path.key});
-          mountsNamedTwice_.insert({std::string(service), *path.key});
-        }
+        if (hadAnother(*path.key)) mountNamedTwice(service, mount, *path.key);
       }
     }
   }
+}
+
+void Excuses::mountNamedTwice(std::string_view service, const Fabric::ServiceBlockView& mount,
+                              const std::string& path) {
+  mountsNamedTwice_.insert({std::string(mount.serviceName(service)), path});
+  mountsNamedTwice_.insert({std::string(service), path});
 }
 
 void Excuses::mountMeddledWith(const SystemId& systemId, bool ended) {

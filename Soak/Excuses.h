@@ -77,6 +77,8 @@ class Excuses {
   void lookAtName(const Fabric::Text& key, const Fabric::Value& patch);
 
   void lookAtLettingGo(std::string_view service, const Fabric::ServiceBlockView& mount);
+  void mountNamedTwice(std::string_view service, const Fabric::ServiceBlockView& mount,
+                       const std::string& path);
 
   /// The services as they were before each patch that is being applied, the innermost last.
   std::vector<Fabric::Object> before_;

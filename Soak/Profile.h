@@ -3,7 +3,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
+#include <utility>
 
 namespace Soak {
 
@@ -39,6 +41,16 @@ enum class Change : std::uint8_t {
 };
 inline constexpr std::size_t kChanges = 27;
 
+/// How often each kind of change comes.
+using Weights = std::array<std::uint8_t, kChanges>;
+
+/// The weights with others for some kinds.
+constexpr Weights with(Weights weights,
+                       std::initializer_list<std::pair<Change, std::uint8_t>> others) {
+  for (const auto& [change, weight] : others) weights[static_cast<std::size_t>(change)] = weight;
+  return weights;
+}
+
 /// What a family of random runs is about: how large its fabrics are and how often each kind of
 /// change comes.
 struct Profile {
@@ -49,9 +61,10 @@ struct Profile {
   std::size_t most;
   /// Of each 100 changes, those that come at the time of the one before.
   std::size_t together;
-  /// Of each 100 changes, those that are made within a notification.
+  /// Of each 100 changes, those that are made within a notification: in half of the runs none, in
+  /// the others twice as many.
   std::size_t within;
-  std::array<std::uint8_t, kChanges> weight;
+  Weights weight;
 };
 
 /// All profiles; the first is the default.

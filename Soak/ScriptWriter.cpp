@@ -26,8 +26,6 @@ namespace {
 
 constexpr std::string_view kName = "soak";
 
-using Weights = std::array<std::uint8_t, kChanges>;
-
 /// The services with a gate, for mounts or publications, that is open before and not after.
 std::vector<std::string> closingServices(const Model& before, const Model& after) {
   const auto isOpen = [](const Model& model, const std::string& service, std::string_view block) {
@@ -61,8 +59,8 @@ class Writer {
       if (random_.chance(3)) weight = 0;
     }
     if (random_.coin()) within_ = 2 * seed.profile->within;
-    for (const auto& [change, weight] : kWithinClosings) {
-      if (weight_[index(change)] != 0) withinClosings_[index(change)] = weight;
+    for (std::size_t change = 0; change != kChanges; ++change) {
+      if (weight_[change] == 0) withinClosings_[change] = 0;
     }
   }
 
@@ -252,19 +250,17 @@ class Writer {
   /// Longer than every delay, window and report.
   static constexpr double kSettled = 700;
   /// Changes that are made while a service's gate closes: of what it has a gate for, mostly.
-  static constexpr std::array<std::pair<Change, std::uint8_t>, 11> kWithinClosings = {
-      {{Change::path, 6},
-       {Change::group, 3},
-       {Change::publication, 4},
-       {Change::directory, 2},
-       {Change::systemFilter, 2},
-       {Change::versionFilter, 2},
-       {Change::ready, 2},
-       {Change::preserve, 1},
-       {Change::status, 1},
-       {Change::generation, 2},
-       {Change::leader, 2}}};
-  static constexpr std::size_t index(Change change) { return static_cast<std::size_t>(change); }
+  static constexpr Weights kWithinClosings = with({}, {{Change::path, 6},
+                                                       {Change::group, 3},
+                                                       {Change::publication, 4},
+                                                       {Change::directory, 2},
+                                                       {Change::systemFilter, 2},
+                                                       {Change::versionFilter, 2},
+                                                       {Change::ready, 2},
+                                                       {Change::preserve, 1},
+                                                       {Change::status, 1},
+                                                       {Change::generation, 2},
+                                                       {Change::leader, 2}});
   static double microseconds(double seconds) { return std::round(seconds * 1e6) / 1e6; }
 
   const Seed& seed_;
@@ -273,7 +269,7 @@ class Writer {
   Model model_;
   ChangeMaker maker_;
   Weights weight_;
-  Weights withinClosings_{};
+  Weights withinClosings_ = kWithinClosings;
   /// Of each 100 changes, those that are made within a notification. Half of the runs have none:
   /// what they come to is compared with a controller that is started afresh.
   std::size_t within_ = 0;

@@ -49,6 +49,7 @@ class Mounter : public Orm::Entity, private Kobble::Counted<Mounter> {
   MountStatus* statusIn(const ServiceMountGroupStatus& groupStatus, const Orm::String& path) const {
     return groupStatus.mountStatus().find(path, placeInStatus_);
   }
+  /// Takes the path's status out, looking for it at that place first.
   void statusDelIn(ServiceMountGroupStatus& groupStatus, const Orm::String& path) const {
     groupStatus.mountStatusDel(path, placeInStatus_);
   }

@@ -209,9 +209,8 @@ class DenseTable {
     return hasHalves(capacity) ? reinterpret_cast<Half*>(slots + capacity) : nullptr;
   }
   Half* halves() const { return halvesOf(slots_, capacity_); }
-  static Half halfOf(const Slot& slot) {
-    return static_cast<Half>(Traits::hash(Traits::key(slot)) >> 16);
-  }
+  static Half halfOf(std::uint32_t hash) { return static_cast<Half>(hash >> 16); }
+  static Half halfOf(const Slot& slot) { return halfOf(Traits::hash(Traits::key(slot))); }
 
   bool isWide() const { return bits_ > kNarrowBits; }
   Narrow* narrow() const { return static_cast<Narrow*>(index_); }
@@ -254,7 +253,7 @@ class DenseTable {
   void put(std::uint32_t at) {
     const Key& key = Traits::key(slots_[at]);
     const std::uint32_t hash = Traits::hash(key);
-    if (Half* const half = halves()) half[at] = static_cast<Half>(hash >> 16);
+    if (Half* const half = halves()) half[at] = halfOf(hash);
     if (isWide()) {
       putInWide(at, hash, &key);
     } else {
@@ -374,7 +373,7 @@ class DenseTable {
       clear();
     } else if (dead_ * 2 > used_) {
       compact();
-    } else if (!index_ && !Traits::live(slots_[used_ - 1])) {
+    } else if (!index_ && !Traits::live(slots_[used_ - 1])) {  // else an entry points at it
       std::destroy_at(slots_ + --used_);
       --dead_;
     }

@@ -36,6 +36,7 @@ class ServiceMountGroupStatus : public Orm::CollectionOwner,
     return memberIs(mountStatus_, Attr::mountStatus, Orm::make<MountStatus>(path, &counts_));
   }
   void mountStatusDel(const Orm::String& path);
+  /// The same for who keeps a hint of where the path stands.
   void mountStatusDel(const Orm::String& path, MountStatuses::Hint& hint);
   void mountStatusDelAll();
   /// How many of the paths are in `state`. O(1).
