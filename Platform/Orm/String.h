@@ -22,16 +22,21 @@ std::uint32_t hashText(std::string_view text);
 void hashSeedIs(std::uint32_t seed);
 
 /// Immutable text in one shared, counted block: a handle of 8 bytes whose size and hash are known.
-/// Copying counts, comparing two handles of one block is one compare. The empty text has no block.
+///
+/// There is one block for all handles to the same text, however they were made, so that copying
+/// counts and telling two texts apart is one compare, which reads neither: keys of collections are
+/// compared far more often than made. Making one costs its hash and a look into the table of all
+/// texts, and a block when it is new. The empty text has no block. Loop thread only (counts aside,
+/// while another handle stays).
 class String {
  public:
   static constexpr std::size_t npos = std::string_view::npos;
 
   constexpr String() noexcept = default;
-  String(std::string_view text) : String({text}) {}
+  String(std::string_view text);
   String(const char* text) : String(std::string_view(text)) {}
   String(const std::string& text) : String(std::string_view(text)) {}
-  /// The pieces one after the other; one allocation.
+  /// The pieces one after the other.
   explicit String(std::initializer_list<std::string_view> pieces);
 
   String(const String& other) noexcept : rep_(other.rep_) {
@@ -55,9 +60,7 @@ class String {
   std::size_t size() const noexcept { return rep_ ? rep_->size : 0; }
   bool empty() const noexcept { return rep_ == nullptr; }
   std::uint32_t hash() const noexcept { return rep_ ? rep_->hash : 0; }
-  std::string_view view() const noexcept {
-    return rep_ ? std::string_view(rep_->text(), rep_->size) : std::string_view();
-  }
+  std::string_view view() const noexcept { return rep_ ? rep_->view() : std::string_view(); }
   operator std::string_view() const noexcept { return view(); }
   const char* c_str() const noexcept { return rep_ ? rep_->text() : ""; }
   std::string str() const { return std::string(view()); }
@@ -67,9 +70,7 @@ class String {
     return String(view().substr(from, count));
   }
 
-  ORM_ALWAYS_INLINE friend bool operator==(const String& a, const String& b) noexcept {
-    return a.rep_ == b.rep_ || (a.rep_ && b.rep_ && a.rep_->hash == b.rep_->hash && a.isText(b));
-  }
+  friend bool operator==(const String& a, const String& b) noexcept { return a.rep_ == b.rep_; }
   friend bool operator==(const String& a, std::string_view b) noexcept { return a.view() == b; }
   friend bool operator==(const String& a, const char* b) noexcept { return a.view() == b; }
   friend bool operator==(const String& a, const std::string& b) noexcept { return a.view() == b; }
@@ -78,20 +79,21 @@ class String {
   }
 
  private:
+  class Table;
+
+  /// The block: this, then the text and a NUL.
   struct Rep {
+    Rep* next;  // of the same bucket of the table
     std::uint32_t refCount;
     std::uint32_t size;
     std::uint32_t hash;
 
-    char* text() { return reinterpret_cast<char*>(this + 1); }
+    static constexpr std::size_t kTextAt = 20;  // in what would be padding
+    const char* text() const { return reinterpret_cast<const char*>(this) + kTextAt; }
+    std::string_view view() const { return {text(), size}; }
   };
 
   static void destroy(Rep* rep) noexcept;
-  /// Whether two texts of one hash, neither of them empty, are the same.
-  bool isText(const String& other) const noexcept {
-    return rep_->size == other.rep_->size &&
-           std::memcmp(rep_->text(), other.rep_->text(), rep_->size) == 0;
-  }
 
   Rep* rep_ = nullptr;
 };

@@ -68,6 +68,55 @@ TEST(StringTest, Copies_ShareOneBlock) {
   EXPECT_EQ(Kobble::bytesInUse(), before);
 }
 
+TEST(StringTest, SameText_IsOneBlockHoweverItWasMade) {
+  const std::size_t before = Kobble::bytesInUse();
+  {
+    const String text("/fabric/leaf");
+    const std::size_t one = Kobble::bytesInUse();
+    const String made[] = {String(std::string("/fabric/leaf")), String({"/fabric", "/", "leaf"}),
+                           String("//fabric/leaf").substr(1)};
+    EXPECT_EQ(Kobble::bytesInUse(), one);
+    for (const String& other : made) EXPECT_EQ(other.c_str(), text.c_str());
+  }
+  EXPECT_EQ(Kobble::bytesInUse(), before);
+}
+
+TEST(StringTest, Text_IsMadeAnewWhenItsLastHandleHasGone) {
+  for (int i = 0; i != 3; ++i) {
+    const String text({"round", std::to_string(i / 2)});
+    EXPECT_EQ(text.view(), "round" + std::to_string(i / 2));
+  }
+}
+
+// More texts than the table of them has room for at first, and some that share a bucket.
+TEST(StringTest, ManyTexts_ComeAndGoInAnyOrder) {
+  constexpr std::size_t kTexts = 5000;
+  const std::size_t before = Kobble::bytesInUse();
+  {
+    std::vector<String> texts;
+    for (std::size_t i = 0; i != kTexts; ++i) texts.emplace_back(std::to_string(i));
+    for (std::size_t i = 0; i != kTexts; ++i) {
+      const std::size_t other = i * 7919 % kTexts;  // a prime that does not divide the number
+      EXPECT_EQ(texts[other], String(std::to_string(other)));
+      if (i % 2 == 0) texts[other] = String();
+    }
+    for (std::size_t i = 0; i != kTexts; ++i) {
+      const String again(std::to_string(i));
+      EXPECT_EQ(again, std::to_string(i));
+      if (!texts[i].empty()) {
+        EXPECT_EQ(again.c_str(), texts[i].c_str());
+      }
+    }
+  }
+  EXPECT_EQ(Kobble::bytesInUse(), before);
+}
+
+TEST(StringTest, Pieces_MayBeLong) {
+  const std::string half(200, 'x');
+  EXPECT_EQ(String({half, half}), half + half);
+  EXPECT_EQ(String({half, std::string_view(half).substr(144)}), half + half.substr(144));
+}
+
 TEST(StringTest, Assignment_LetsTheOldTextGo) {
   const std::size_t before = Kobble::bytesInUse();
   {
