@@ -197,18 +197,12 @@ void MountsRegistryEntrySm::handleSwitchConnection(const SystemId& systemId) {
                      "void Controller::MountsRegistryEntrySm::handleSwitchConnection(const "
                      "Controller::SystemId&)",
                      " connection:%s registered:%s", connection.name, "false");
-    admissionIs(connection.systemId, Admission::admitted);
-    // Until it is looked at again: the mount may still be on its way out when it comes back.
-    if (OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId)) mount->leaving_ = true;
     doDisconnectSwitch(connection);
     updateSystemStatus(connection);
     return;
   }
   if (!hasSystemStatus(connection)) updateSystemStatus(connection, true);
-  const Admission admission =
-      connected->connectionConfig() ? decide(connection) : Admission::noConnectionConfig;
-  admissionIs(connection.systemId, admission);
-  if (admission == Admission::admitted) {
+  if (decide(*connected, connection) == Admission::admitted) {
     doConnectSwitch(connection);
     return;
   }
@@ -225,7 +219,11 @@ bool MountsRegistryEntrySm::canMountFromConnection(const String& connection) {
   return decide(Connection(connection)) == Admission::admitted;
 }
 
-Admission MountsRegistryEntrySm::decide(const Connection& connection) {
+Admission MountsRegistryEntrySm::decide(const Peer& connected, const Connection& connection) const {
+  return connected.connectionConfig() ? decide(connection) : Admission::noConnectionConfig;
+}
+
+Admission MountsRegistryEntrySm::decide(const Connection& connection) const {
   static constexpr char kSignature[] =
       "bool Controller::MountsRegistryEntrySm::canMountFromConnection(const String&)";
   REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "canMountFromConnection", " ", entryName(), " ",
@@ -258,7 +256,7 @@ Admission MountsRegistryEntrySm::decide(const Connection& connection) {
   return Admission::systemNotInFilter;
 }
 
-bool MountsRegistryEntrySm::hasNegotiatedVersion(const Connection& connection) {
+bool MountsRegistryEntrySm::hasNegotiatedVersion(const Connection& connection) const {
   for (const Ptr<Mounter>& mounter : registryEntry_->mounter()) {
     if (mountsRegistrySm_->negotiatedServiceVersionForConnection(mounter->serviceName(),
                                                                  connection) != 0) {
@@ -272,7 +270,7 @@ bool MountsRegistryEntrySm::connectionMatchesVersionFilter(const String& connect
   return connectionMatchesVersionFilter(Connection(connection));
 }
 
-bool MountsRegistryEntrySm::connectionMatchesVersionFilter(const Connection& connection) {
+bool MountsRegistryEntrySm::connectionMatchesVersionFilter(const Connection& connection) const {
   REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "connectionMatchesVersionFilter", " ", entryName(),
                  " ", connection.name);
   for (const Ptr<ServiceVersionFilter>& filter : versionFilter_) {
@@ -281,25 +279,24 @@ bool MountsRegistryEntrySm::connectionMatchesVersionFilter(const Connection& con
   return false;
 }
 
-void MountsRegistryEntrySm::admissionIs(const SystemId& systemId, Admission admission) {
-  if (admission != Admission::admitted) {
-    refused_.set(systemId, admission);
-  } else if (!refused_.empty()) {
-    refused_.erase(systemId);
-  }
-}
-
 Admission MountsRegistryEntrySm::admission(const SystemId& systemId) const {
-  if (!peer(systemId)) return Admission::notConnected;
-  if (const Admission* refusal = refused_.find(systemId)) return *refusal;
+  const Peer* const connected = peer(systemId);
+  if (!connected) return Admission::notConnected;
   const OrmMountSmDataSm* const mount = mountSmDataSm(systemId);
-  return mount && mount->mountSm() && !mount->leaving_ ? Admission::admitted : Admission::undecided;
+  if (mount && mount->mountSm() && !mount->leaving_) return Admission::admitted;
+  const Connection connection(*connected);
+  if (!hasSystemStatus(connection)) return Admission::undecided;
+  const Dualog::Silence silence(mountsRegistryTrace);
+  const Admission refusal = decide(*connected, connection);
+  return refusal == Admission::admitted ? Admission::undecided : refusal;
 }
 
 Admission MountsRegistryEntrySm::mounterAdmission(const Mounter& mounter,
-                                                  const SystemId& systemId) {
+                                                  const SystemId& systemId) const {
   const Admission decided = admission(systemId);
-  return decided == Admission::admitted ? interestOf(mounter, Connection(systemId)) : decided;
+  if (decided != Admission::admitted) return decided;
+  const Dualog::Silence silence(mountsRegistryTrace);
+  return interestOf(mounter, connectionOf(systemId));
 }
 
 // ---- act
@@ -313,12 +310,12 @@ void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection) {
   const Ptr<Peer const> connected(peer(connection.systemId));
   if (!connected) return;
   OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId);
+  if (mount) mount->leaving_ = false;
   if (!mount || !mount->mountSm()) {
     REGISTRY_MESSAGE(5, kSignature, " mounting:%s from:%s", entryName(), connection.name);
     startMount(connection, *connected, mount);
     return;
   }
-  mount->leaving_ = false;
   const Ptr<MountSm> mountSm = mount->mountSm();
   if (mount->record().mountState() == MountState::mounted && !mountSm->pendingRequest()) {
     REGISTRY_MESSAGE(5, kSignature, " updating status:%s from:%s", entryName(), connection.name);
@@ -380,6 +377,7 @@ void MountsRegistryEntrySm::doDisconnectSwitch(const Connection& connection) {
   }
   REGISTRY_MESSAGE(5, kSignature, " unmounting:%s from:%s", entryName(), connection.name);
   mount->askedAgain_ = false;
+  mount->leaving_ = true;
   if (preserveMountsOnDisconnect(connection)) {
     REGISTRY_TRACE(8, "doDisconnectSwitch", ": unmount is state-preserving");
     mountSm->doStatePreservingUnmount();
@@ -471,7 +469,6 @@ void MountsRegistryEntrySm::doCleanup() {
   mounterConfigSm_.walk(
       [this](MounterConfigSm& mounter) { mounterConfigSmDel(mounter.serviceName()); });
   mountSmDataSmDelAll();
-  refused_.clear();
   leaveIndex();  // the registry machine may be gone when this one's memory goes
 }
 

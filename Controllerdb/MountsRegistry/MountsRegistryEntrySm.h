@@ -78,7 +78,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
     // These three lie in the base's padding.
     MountState lastMountState_ = MountState::unmounted;
     bool askedAgain_ = false;  // since the mounters were told of the last state
-    bool leaving_ = false;     // its switch has gone, and was not decided since
+    bool leaving_ = false;     // its switch has gone or was refused when it was decided last
     Orm::Ptr<MountSm> mountSm_;
   };
   static_assert(sizeof(OrmMountSmDataSm) == 40);
@@ -134,10 +134,11 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
     return interestOf(mounter, connection) == Admission::admitted;
   }
 
-  /// What was decided last for a system, and, for a system from which the entry is mounted, how
-  /// the mounter's own filters see it. For reports.
+  /// Whether a system was admitted when it was decided last, and if not, what speaks against it
+  /// now; for a system from which the entry is mounted, how the mounter's own filters see it. For
+  /// reports: nothing is kept of refusals, so that this decides again, without a trace.
   Admission admission(const SystemId& systemId) const;
-  Admission mounterAdmission(const Mounter& mounter, const SystemId& systemId);
+  Admission mounterAdmission(const Mounter& mounter, const SystemId& systemId) const;
 
   // ---- the union filters, maintained by the mounter machines
 
@@ -227,12 +228,13 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void leaveIndex();
   bool hasMounterOf(const Orm::String& realServiceName) const;
 
-  Admission decide(const Connection& connection);
-  bool hasNegotiatedVersion(const Connection& connection);
-  bool connectionMatchesVersionFilter(const Connection& connection);
-  bool matchingServiceVersionFilter(const Orm::String& serviceName, const Connection& connection);
-  Admission interestOf(const Mounter& mounter, const Connection& connection);
-  void admissionIs(const SystemId& systemId, Admission admission);
+  Admission decide(const Peer& connected, const Connection& connection) const;
+  Admission decide(const Connection& connection) const;
+  bool hasNegotiatedVersion(const Connection& connection) const;
+  bool connectionMatchesVersionFilter(const Connection& connection) const;
+  bool matchingServiceVersionFilter(const Orm::String& serviceName,
+                                    const Connection& connection) const;
+  Admission interestOf(const Mounter& mounter, const Connection& connection) const;
 
   void startMount(const Connection& connection, const Peer& peer, OrmMountSmDataSm* mount);
   OrmMountSmDataSm& newMount(const SystemId& systemId, const Orm::String& text);
@@ -253,11 +255,9 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   Orm::Ptr<ControllerOob::Status const> oobStatus_;
   MountSmDataSms mountSmDataSm_;
   mutable MountSmDataSms::Hint lastMount_ = 0;
-  ConnectionFilter::Hint lastIncluded_ = 0;
+  mutable ConnectionFilter::Hint lastIncluded_ = 0;
   ConnectionFilter connectionFilter_;
   VersionFilter versionFilter_;
-  /// Why connected systems were refused; nothing is kept of those that were admitted.
-  Orm::ValueCollection<SystemId, Admission> refused_;
   OrmTimeoutClock timeoutClock_;
 
   Orm::Ptr<ServiceConfigDir const> serviceConfigDir_;

@@ -79,7 +79,7 @@ bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceNa
 }
 
 bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceName,
-                                                         const Connection& connection) {
+                                                         const Connection& connection) const {
   static constexpr char kSignature[] =
       "bool Controller::MountsRegistryEntrySm::matchingServiceVersionFilter(const String&, const "
       "String&)";
@@ -119,7 +119,8 @@ bool MountsRegistryEntrySm::mounterIsInterestedInConnection(const Mounter& mount
   return mounterIsInterestedInConnection(mounter, Connection(connection));
 }
 
-Admission MountsRegistryEntrySm::interestOf(const Mounter& mounter, const Connection& connection) {
+Admission MountsRegistryEntrySm::interestOf(const Mounter& mounter,
+                                            const Connection& connection) const {
   REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "mounterIsInterestedInConnection", " ", entryName());
   const Ptr<ServiceMountGroupConfig const>& group = mounter.mountGroupConfig();
   if (!group) return Admission::admitted;

@@ -85,6 +85,20 @@ TEST_F(DualogTest, Levels_TheHigherAreOffTheLowerOn) {
   }
 }
 
+TEST_F(DualogTest, Silence_TurnsBothTracesOfOneSourceOffWhileItExists) {
+  first.levelIs(5);
+  Dualog::fastTraceIs(true);
+  {
+    const Dualog::Silence silence(first);
+    EXPECT_FALSE(first.enabled(0));
+    EXPECT_FALSE(first.messageEnabled(0));
+    EXPECT_TRUE(second.messageEnabled(0));
+  }
+  EXPECT_EQ(first.level(), 5);
+  EXPECT_FALSE(first.enabled(6));
+  EXPECT_TRUE(first.messageEnabled(Dualog::kHighestLevel));
+}
+
 TEST_F(DualogTest, Levels_BeyondTheEndsAreTheEnds) {
   first.levelIs(100);
   EXPECT_EQ(first.level(), Dualog::kHighestLevel);

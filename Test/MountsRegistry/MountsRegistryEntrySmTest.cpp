@@ -358,6 +358,28 @@ TEST_F(MountsRegistryEntrySmTest, MounterAdmission_IsItsOwnFiltersWordOnAnAdmitt
   EXPECT_EQ(Admission::versionNotInFilter, ofMounter("C"));
 }
 
+TEST_F(MountsRegistryEntrySmTest, Admission_AskedForLeavesNoTrace) {
+  service("A").group("g").systems({kA}).versions({3}).path("topology");
+  connect(kA, {{"A", 3}});
+  connect(kB, {{"A", 3}});
+  traceIs(8);
+  EXPECT_EQ(Admission::systemNotInFilter, entry().admission(systemId(kB)));
+  EXPECT_EQ(Admission::admitted,
+            entry().mounterAdmission(*entry().registryEntry()->mounter("A"), systemId(kA)));
+  EXPECT_THAT(traced(8), testing::IsEmpty());
+}
+
+TEST_F(MountsRegistryEntrySmTest, Admission_OfASwitchThatIsBackIsNotThatOfTheMountStillLeaving) {
+  service("A").group("g").path("topology");
+  connect(kA, {{"A", 3}});
+  mount(kA, "topology").reports(MountState::mounted);
+  peerTable().peerDel(systemId(kA));
+  connect(kA);
+  EXPECT_EQ(Admission::undecided, entry().admission(systemId(kA)));
+  versionIs(kA, "A", 3);
+  EXPECT_EQ(Admission::admitted, entry().admission(systemId(kA)));
+}
+
 // ---- clean-up
 
 TEST_F(MountsRegistryEntrySmTest, CleanedUpTwice_HarmlessAndEverythingIsGone) {
