@@ -258,10 +258,7 @@ Admission MountsRegistryEntrySm::decide(const Connection& connection) const {
 
 bool MountsRegistryEntrySm::hasNegotiatedVersion(const Connection& connection) const {
   for (const Ptr<Mounter>& mounter : registryEntry_->mounter()) {
-    if (mountsRegistrySm_->negotiatedServiceVersionForConnection(mounter->serviceName(),
-                                                                 connection) != 0) {
-      return true;
-    }
+    if (mountsRegistrySm_->negotiatedVersion(mounter->serviceName(), connection) != 0) return true;
   }
   return false;
 }

@@ -91,8 +91,7 @@ bool MountsRegistryEntrySm::matchingServiceVersionFilter(const String& serviceNa
                    " no version filter for service ", serviceName);
     return false;
   }
-  const std::uint32_t version =
-      mountsRegistrySm_->negotiatedServiceVersionForConnection(serviceName, connection);
+  const std::uint32_t version = mountsRegistrySm_->negotiatedVersion(serviceName, connection);
   if (version == 0) {
     REGISTRY_MESSAGE(5, kSignature, " no version service:%s connection:%s", serviceName,
                      connection.name);

@@ -3,7 +3,6 @@
 #include <limits>
 #include <optional>
 
-#include "Controllerdb/MountsRegistry/MountsRegistryTrace.h"
 #include "Platform/Flipset/Flipset.h"
 
 namespace Controller {
@@ -252,7 +251,7 @@ std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
   return 0;  // no peer has such a name
 }
 
-[[gnu::flatten]] std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
+std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
     const String& serviceName, const Connection& connection) {
   REGISTRY_TRACE(8, "MountsRegistrySm::", "negotiatedServiceVersionForConnection", " ", serviceName,
                  " ", connection.name);
@@ -272,6 +271,11 @@ std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
   REGISTRY_TRACE(8, "MountsRegistrySm::", "negotiatedServiceVersionForConnection",
                  " no version negotiated for ", connection.name, " for service ", serviceName);
   return 0;
+}
+
+void MountsRegistrySm::lastNegotiationIs(const String& serviceName, const Connection& connection) {
+  lastNegotiation_ = {serviceName, connection.name, NegotiationPart::changes(),
+                      negotiatedServiceVersionForConnection(serviceName, connection)};
 }
 
 Connection MountsRegistrySm::namedConnection(const SystemId& systemId) const {

@@ -6,6 +6,7 @@
 #include "Controllerdb/MountsRegistry/InactiveClientSm.h"
 #include "Controllerdb/MountsRegistry/MountsRegistry.h"
 #include "Controllerdb/MountsRegistry/MountsRegistryEntrySm.h"
+#include "Controllerdb/MountsRegistry/MountsRegistryTrace.h"
 #include "Controllerdb/MountsRegistry/ProxyServiceName.h"
 #include "Controllerdb/MountsRegistry/PublishRegistryEntrySm.h"
 #include "Controllerdb/MountsRegistry/ServiceIndex.h"
@@ -80,7 +81,10 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
   /// A service's version on a connection may have changed: its entries decide the connection.
   void handleServiceSwitchConnection(const SystemId& systemId, const Orm::String& serviceName);
   void handleServiceSwitchConnection(const Connection& connection, const Orm::String& serviceName);
-  void peerTableIs(const Orm::Ptr<PeerTable>& peerTable) { ormPeerTable_.notifierIs(peerTable); }
+  void peerTableIs(const Orm::Ptr<PeerTable>& peerTable) {
+    lastNegotiation_ = Negotiation();
+    ormPeerTable_.notifierIs(peerTable);
+  }
 
   // ---- answers to the entries
 
@@ -91,6 +95,16 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
   /// The same without parsing and allocating. O(1).
   std::uint32_t negotiatedServiceVersionForConnection(const Orm::String& serviceName,
                                                       const Connection& connection);
+  /// The same; a few compares for what was asked for last: one event makes each entry of a service
+  /// ask for its version, several times.
+  std::uint32_t negotiatedVersion(const Orm::String& serviceName, const Connection& connection) {
+    if (lastNegotiation_.asOf != NegotiationPart::changes() ||
+        lastNegotiation_.serviceName != serviceName ||
+        lastNegotiation_.connectionName != connection.name || mountsRegistryTrace.enabled(8)) {
+      lastNegotiationIs(serviceName, connection);
+    }
+    return lastNegotiation_.version;
+  }
 
   /// A system with the name of its connection, also when it is not connected any more. Cheapest for
   /// the one that was asked for last: the mounts of a switch report one after the other.
@@ -175,6 +189,7 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
   void handleInitialized();
   Connection namedConnection(const SystemId& systemId) const;
   const ServiceStatusDir* serviceStatusDir(const Peer& peer) const;
+  void lastNegotiationIs(const Orm::String& serviceName, const Connection& connection);
   /// The name itself, or the real service of a proxy; allocates when a proxy is first seen.
   const Orm::String& realServiceNameOf(const Orm::String& serviceName) {
     return isProxyServiceName(serviceName) ? realNameOfProxy(serviceName) : serviceName;
@@ -195,6 +210,14 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
   ServiceIndex<MountsRegistryEntrySm> mountsOfService_;
   ServiceIndex<PublishRegistryEntrySm> publicationsOfService_;
   Orm::ValueCollection<Orm::String, Orm::String> realNameOfProxy_;
+  /// The version that was asked for last; the empty one is of no connection.
+  struct Negotiation {
+    Orm::String serviceName;
+    Orm::String connectionName;
+    std::uint64_t asOf = 0;  // NegotiationPart::changes()
+    std::uint32_t version = 0;
+  };
+  Negotiation lastNegotiation_;
   Connection lastConnection_{SystemId(), Orm::String()};
   std::uint64_t nextOrder_ = 0;
   bool mountMonitor_;

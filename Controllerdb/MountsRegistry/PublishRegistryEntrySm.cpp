@@ -227,8 +227,8 @@ Admission PublishRegistryEntrySm::admissionByFilters(const Connection& connectio
   static constexpr char kSignature[] =
       "bool Controller::PublishRegistryEntrySm::canPublishToConnection(const String&)";
   REGISTRY_TRACE(8, "PublishRegistryEntrySm::", "canPublishToConnection", " ", entryName());
-  const std::uint32_t version = mountsRegistrySm_->negotiatedServiceVersionForConnection(
-      publishEntry_->serviceName(), connection);
+  const std::uint32_t version =
+      mountsRegistrySm_->negotiatedVersion(publishEntry_->serviceName(), connection);
   if (version == 0) {
     REGISTRY_MESSAGE(5, kSignature, " no version negotiated:%s", connection.name);
     return Admission::noVersionNegotiated;

@@ -118,6 +118,77 @@ TEST_F(NegotiatedVersionTest, NoPeerTable_IsZero) {
   EXPECT_EQ(0U, version("Topology"));
 }
 
+TEST_F(NegotiatedVersionTest, Remembered_FollowsEverythingThatItLeadsThrough) {
+  const auto remembered = [this] {
+    return registrySm().negotiatedVersion("Topology", Connection(systemId(kA)));
+  };
+  EXPECT_EQ(0U, remembered());
+  connect(kA, {{"Topology", 3}});
+  EXPECT_EQ(3U, remembered());
+  EXPECT_EQ(0U, registrySm().negotiatedVersion("Routing", Connection(systemId(kA))));
+  EXPECT_EQ(0U,
+            registrySm().negotiatedVersion("Topology", Connection(systemId("02:00:00:00:00:02"))));
+  EXPECT_EQ(3U, remembered());
+
+  ServiceStatusV1& service = serviceStatus(kA, "Topology");
+  service.enabledIs(false);
+  EXPECT_EQ(0U, remembered());
+  service.enabledIs(true);
+  EXPECT_EQ(3U, remembered());
+  const auto version = Orm::make<ServiceVersionStatusV1>(true, true, 4U);
+  service.versionStatusIs(version);
+  EXPECT_EQ(4U, remembered());
+  version->versionIs(5);
+  EXPECT_EQ(5U, remembered());
+  version->negotiatedIs(false);
+  EXPECT_EQ(0U, remembered());
+  version->negotiatedIs(true);
+  EXPECT_EQ(5U, remembered());
+
+  ControllerOob::ClientStatus& client = *oobStatus()->clientStatus(address(systemId(kA)));
+  const Orm::Ptr<ServiceStatusDir> dir = client.serviceStatusDir();
+  const Orm::Ptr<ServiceStatusV1> held(&service);
+  dir->serviceDel("Topology");
+  EXPECT_EQ(0U, remembered());
+  dir->serviceIs(held);
+  EXPECT_EQ(5U, remembered());
+  dir->serviceDelAll();
+  EXPECT_EQ(0U, remembered());
+  dir->serviceIs(held);
+  EXPECT_EQ(5U, remembered());
+  client.serviceStatusDirIs(nullptr);
+  EXPECT_EQ(0U, remembered());
+  client.serviceStatusDirIs(dir);
+  EXPECT_EQ(5U, remembered());
+  oobStatus()->clientStatusDel(address(systemId(kA)));
+  EXPECT_EQ(0U, remembered());
+  oobStatus()->clientStatusIs(address(systemId(kA)), systemId(kA))->serviceStatusDirIs(dir);
+  EXPECT_EQ(5U, remembered());
+
+  const Orm::Ptr<Peer> peer = peerTable().peer(systemId(kA));
+  peerTable().peerDel(systemId(kA));
+  EXPECT_EQ(0U, remembered());
+  peerTable().peerIs(peer);
+  EXPECT_EQ(5U, remembered());
+  registrySm().peerTableIs(Orm::make<PeerTable>());
+  EXPECT_EQ(0U, remembered());
+  registrySm().peerTableIs(oobStatus()->peerTable());
+  EXPECT_EQ(5U, remembered());
+  oobStatus()->peerTableIs(nullptr);
+  EXPECT_EQ(0U, remembered());
+}
+
+TEST_F(NegotiatedVersionTest, Remembered_IsTracedAsIfItWereLookedUp) {
+  connect(kA, {{"Topology", 3}});
+  const Connection connection(systemId(kA));
+  EXPECT_EQ(3U, registrySm().negotiatedVersion("Topology", connection));
+  traceIs(8);
+  for (int i = 0; i != 2; ++i) {
+    EXPECT_EQ(3U, registrySm().negotiatedVersion("Topology", connection));
+    EXPECT_THAT(traced(8), testing::SizeIs(2U * static_cast<unsigned>(i + 1)));
+  }
+}
+
 // ---- the connection machine
 
 class ConnectionServiceStatusDirSmTest : public Support::ControllerFixture {

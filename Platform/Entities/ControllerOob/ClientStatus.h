@@ -1,14 +1,14 @@
 #pragma once
 
+#include "Platform/Entities/ServiceStatus/NegotiationPart.h"
 #include "Platform/Entities/ServiceStatus/ServiceStatusDir.h"
 #include "Platform/Entities/SystemId/SystemId.h"
-#include "Platform/Orm/Entity.h"
 #include "Platform/Pomix/IpAddrPort.h"
 
 namespace ControllerOob {
 
 /// The status of one client connection, known by where it comes from.
-class ClientStatus : public Orm::Entity, private Kobble::Counted<ClientStatus> {
+class ClientStatus : public Controller::NegotiationPart, private Kobble::Counted<ClientStatus> {
  public:
   struct Attr {
     enum : Orm::AttributeId { name, serviceStatusDir };

@@ -4,12 +4,12 @@
 
 #include "Platform/Entities/ControllerOob/ClientStatus.h"
 #include "Platform/Entities/PeerTable/PeerTable.h"
-#include "Platform/Orm/CollectionOwner.h"
+#include "Platform/Entities/ServiceStatus/NegotiationPart.h"
 
 namespace ControllerOob {
 
 /// The controller's out-of-band status: who is connected, who was, and what each connection says.
-class Status : public Orm::CollectionOwner, private Kobble::Counted<Status> {
+class Status : public Controller::NegotiationPart, private Kobble::Counted<Status> {
  public:
   struct Attr {
     enum : Orm::AttributeId { peerTable, clientStatus, inactive };

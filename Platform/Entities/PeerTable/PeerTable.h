@@ -3,12 +3,12 @@
 #include <optional>
 
 #include "Platform/Entities/PeerTable/Peer.h"
-#include "Platform/Orm/CollectionOwner.h"
+#include "Platform/Entities/ServiceStatus/NegotiationPart.h"
 
 namespace Controller {
 
 /// The switches that are connected: a key that is present means that the switch is.
-class PeerTable : public Orm::CollectionOwner, private Kobble::Counted<PeerTable> {
+class PeerTable : public NegotiationPart, private Kobble::Counted<PeerTable> {
  public:
   struct Attr {
     enum : Orm::AttributeId { peer };

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "Platform/Entities/ServiceStatus/NegotiationPart.h"
 #include "Platform/Entities/ServiceStatus/ServiceStatusV1.h"
-#include "Platform/Orm/CollectionOwner.h"
 
 namespace Controller {
 
 /// The services of one connection, by name.
-class ServiceStatusDir : public Orm::CollectionOwner, private Kobble::Counted<ServiceStatusDir> {
+class ServiceStatusDir : public NegotiationPart, private Kobble::Counted<ServiceStatusDir> {
  public:
   struct Attr {
     enum : Orm::AttributeId { service };

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "Platform/Entities/ServiceStatus/NegotiationPart.h"
 #include "Platform/Entities/ServiceStatus/ServiceVersionStatusV1.h"
 #include "Platform/Orm/String.h"
 
 namespace Controller {
 
 /// One service on one connection, as the switch reports it.
-class ServiceStatusV1 : public Orm::Entity, private Kobble::Counted<ServiceStatusV1> {
+class ServiceStatusV1 : public NegotiationPart, private Kobble::Counted<ServiceStatusV1> {
  public:
   struct Attr {
     enum : Orm::AttributeId { enabled, versionStatus };

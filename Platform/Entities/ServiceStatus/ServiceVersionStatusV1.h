@@ -2,12 +2,13 @@
 
 #include <cstdint>
 
-#include "Platform/Orm/Entity.h"
+#include "Platform/Entities/ServiceStatus/NegotiationPart.h"
 
 namespace Controller {
 
 /// What a switch and the controller have negotiated about one service's version.
-class ServiceVersionStatusV1 : public Orm::Entity, private Kobble::Counted<ServiceVersionStatusV1> {
+class ServiceVersionStatusV1 : public NegotiationPart,
+                               private Kobble::Counted<ServiceVersionStatusV1> {
  public:
   struct Attr {
     enum : Orm::AttributeId { reported, negotiated, version };
