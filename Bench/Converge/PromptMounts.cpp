@@ -57,9 +57,9 @@ Ptr<Controller::MountSm> PromptMounts::mountSm(const MountRequest& request) {
     lastNumber_ = *numberOf_.find(lastId_);
   }
   List& list = lists_[lastNumber_];
-  Ptr<PromptMountSm> made = Orm::make<PromptMountSm>(request);
-  Ptr<PromptMountSm>(made).swap(list.last ? list.last->next_ : list.first);
-  list.last = made.get();
+  auto* const made = new PromptMountSm(request);
+  (list.last ? list.last->next_ : list.first) = Ptr<PromptMountSm>(made);
+  list.last = made;
   return made;
 }
 

@@ -203,7 +203,7 @@ void MountsRegistryEntrySm::handleSwitchConnection(const SystemId& systemId) {
   }
   if (!hasSystemStatus(connection)) updateSystemStatus(connection, true);
   if (decide(*connected, connection) == Admission::admitted) {
-    doConnectSwitch(connection);
+    doConnectSwitch(connection, connected.get());
     return;
   }
   REGISTRY_MESSAGE(
@@ -298,14 +298,12 @@ Admission MountsRegistryEntrySm::mounterAdmission(const Mounter& mounter,
 
 // ---- act
 
-void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection) {
+void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection, const Peer* connected) {
   static constexpr char kSignature[] =
       "void Controller::MountsRegistryEntrySm::doConnectSwitch(const Controller::SystemId&)";
   REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "doConnectSwitch", " ", entryName(), " ",
                  connection.name);
-  if (!initialized_) return;
-  const Ptr<Peer const> connected(peer(connection.systemId));
-  if (!connected) return;
+  if (!initialized_ || !connected) return;
   OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId);
   if (mount) mount->leaving_ = false;
   if (!mount || !mount->mountSm()) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <utility>
 
 #include "Controllerdb/MountsRegistry/Admission.h"
 #include "Controllerdb/MountsRegistry/Connection.h"
@@ -55,7 +56,10 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   class OrmMountSmDataSm final : public Orm::ReactorOn<MountSmData, MountsRegistryEntrySm>,
                                  private Kobble::Counted<OrmMountSmDataSm> {
    public:
-    OrmMountSmDataSm(MountsRegistryEntrySm* owner, const Orm::Ptr<MountSmData>& mountSmData);
+    /// Silent until the mount machine has been made: a group must not count as processed for a
+    /// switch before its mount has been asked for.
+    OrmMountSmDataSm(MountsRegistryEntrySm* owner, Orm::Ptr<MountSmData> mountSmData)
+        : ReactorOn(owner, std::move(mountSmData)) {}
     ~OrmMountSmDataSm() override = default;
 
     const SystemId& systemId() const { return record().systemId(); }
@@ -162,7 +166,10 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
 
   void doConnectSwitch(const SystemId& systemId) { doConnectSwitch(Connection(systemId)); }
   void doDisconnectSwitch(const SystemId& systemId) { doDisconnectSwitch(Connection(systemId)); }
-  void doConnectSwitch(const Connection& connection);
+  void doConnectSwitch(const Connection& connection) {
+    const Orm::Ptr<Peer const> connected(peer(connection.systemId));
+    doConnectSwitch(connection, connected.get());
+  }
   void doDisconnectSwitch(const Connection& connection);
   bool preserveMountsOnDisconnect(const Connection& connection);
 
@@ -236,6 +243,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
                                     const Connection& connection) const;
   Admission interestOf(const Mounter& mounter, const Connection& connection) const;
 
+  void doConnectSwitch(const Connection& connection, const Peer* connected);
   void startMount(const Connection& connection, const Peer& peer, OrmMountSmDataSm* mount);
   OrmMountSmDataSm& newMount(const SystemId& systemId, const Orm::String& text);
   const Orm::Ptr<Fennix::Dir>& prefixDir();

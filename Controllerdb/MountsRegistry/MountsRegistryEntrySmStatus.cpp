@@ -18,15 +18,6 @@ constexpr char kHandleMountTimeout[] =
 
 // ---- a mount's reports
 
-MountsRegistryEntrySm::OrmMountSmDataSm::OrmMountSmDataSm(MountsRegistryEntrySm* owner,
-                                                          const Ptr<MountSmData>& mountSmData)
-    : ReactorOn(owner) {
-  // Silent until the mount machine has been made: a group must not count as processed for a
-  // switch before its mount has been asked for.
-  hasNotificationActiveIs(false);
-  notifierIs(mountSmData);
-}
-
 void MountsRegistryEntrySm::OrmMountSmDataSm::onAttribute(Orm::AttributeId attribute,
                                                           const Orm::Key&) {
   if (attribute == MountSmData::Attr::mountState) handleMountState();
@@ -175,7 +166,7 @@ void MountsRegistryEntrySm::updateMounterStatus(const Mounter& mounter,
     handleMountState(mounter, connection, state, *groupStatus, mountStatus);
   } else {
     if (wanted) {
-      groupStatus->newMountStatus(entryName());
+      groupStatus->newMountStatus(entryName(), mountGroupConfig->mountConfig().size());
     } else {
       mounter.statusDelIn(*groupStatus, entryName());
     }

@@ -22,9 +22,11 @@ std::uint32_t hashOf(const K& key) { return key.hash(); }
 
 namespace detail {
 
-/// Members that know their key; a handle of 8 bytes is all that the table keeps.
+/// Members that know their key; a handle of 8 bytes is all that the table keeps. It does not mind
+/// where it stands, but books of handles know each by its place.
 template <class Handle, auto KeyOf>
 struct MemberTraits {
+  static constexpr bool kMovesAsBytes = !Audit::kOn;
   using Slot = Handle;
   using Key = std::remove_cvref_t<decltype(((*std::declval<const Handle&>()).*KeyOf)())>;
   static decltype(auto) key(const Slot& slot) { return ((*slot).*KeyOf)(); }
@@ -35,6 +37,7 @@ struct MemberTraits {
 
 template <class K, class V>
 struct PairTraits {
+  static constexpr bool kMovesAsBytes = false;
   using Key = K;
   struct Slot {
     K key{};
@@ -52,6 +55,7 @@ struct PairTraits {
 /// Handles are never null in a collection, so that a null one tells that the slot is not live.
 template <class K, class T>
 struct PairTraits<K, Ptr<T>> {
+  static constexpr bool kMovesAsBytes = false;
   using Key = K;
   struct Slot {
     K key{};
@@ -110,6 +114,8 @@ class Collection {
     hint = table_.last();
     return inserted;
   }
+  /// Makes room for that many members, for who knows how many will come.
+  void reserve(std::uint32_t count) { table_.reserve(count); }
   /// Takes the member out and hands it over; null when there is none.
   Handle take(const Key& key) { return table_.take(key); }
   Handle take(const Key& key, Hint& hint) { return table_.take(key, hint); }

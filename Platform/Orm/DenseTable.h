@@ -18,7 +18,8 @@ namespace Orm {
 /// places beside it; the ground that the collections stand on.
 ///
 /// Traits: Slot and Key; `const Key& key(const Slot&)`, `bool live(const Slot&)`,
-/// `void kill(Slot&)` (leaves a slot that is not live), `std::uint32_t hash(const Key&)`.
+/// `void kill(Slot&)` (leaves a slot that is not live), `std::uint32_t hash(const Key&)`, and
+/// `kMovesAsBytes`: slots may be moved by copying their bytes.
 ///
 /// find, insert and take are O(1) (amortised); up to kLinear members there is no index at all and
 /// a search compares one by one. Walks visit the members that are present when they begin and are
@@ -78,6 +79,11 @@ class DenseTable {
       if (used_ > kLinear) reindex();
     }
     return *added;
+  }
+
+  /// Makes room for `capacity` members altogether, so that none of them makes the table grow.
+  void reserve(std::uint32_t capacity) {
+    if (capacity > capacity_) moveTo(capacity);
   }
 
   /// Where the member that was inserted last stands.
@@ -161,21 +167,23 @@ class DenseTable {
   static constexpr std::uint32_t kLinear = 8;
   static constexpr std::uint32_t kNowhere = ~0U;
 
-  /// While one exists no slot changes its place.
+  /// While one exists no slot changes its place. A walk that ends with the only slot has nothing to
+  /// come back to, and needs none of that: most entries have one mounter.
   class Walk {
    public:
-    explicit Walk(const DenseTable& table) : table_(const_cast<DenseTable&>(table)) {
-      ++table_.walks_;
+    explicit Walk(const DenseTable& table)
+        : table_(table.used_ > 1 ? const_cast<DenseTable*>(&table) : nullptr) {
+      if (table_) ++table_->walks_;
     }
     ~Walk() {
-      if (--table_.walks_ == 0) table_.tidy();
+      if (table_ && --table_->walks_ == 0) table_->tidy();
     }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;
 
    private:
     const ActivityScope scope_;  // a machine that owns the table outlives the walk
-    DenseTable& table_;
+    DenseTable* const table_;
   };
 
   // An index entry is 0 or, in its low `bits_` bits, a place plus one, and above them bits of the
@@ -192,7 +200,7 @@ class DenseTable {
   using Half = std::uint16_t;
   static constexpr std::uint8_t kNarrowBits = 12;
   static constexpr std::uint32_t kLeastWithHalves = 17;
-  static constexpr std::uint32_t kMostWithHalves = (1U << kNarrowBits) / 5 * 4;
+  static constexpr std::uint32_t kMostWithHalves = (1U << kNarrowBits) / 3 * 2;
 
   static Narrow tagOf(std::uint32_t hash, std::uint8_t bits, const Narrow*) {
     return static_cast<Narrow>(hash >> 16 << bits);
@@ -245,9 +253,12 @@ class DenseTable {
     }
   }
 
-  /// Four fifths full at the most with one more; then a place plus one fits in bits_ bits as well.
+  /// Two thirds full at the most, so that whoever is not there is seen not to be after three looks
+  /// on average; four fifths in large tables, where room costs more than looks. A place plus one
+  /// fits in bits_ bits then as well.
   bool indexIsFull() const {
-    return (std::uint64_t{used_} + 1) * 5 > (std::uint64_t{mask()} + 1) * 4;
+    if (isWide()) return (std::uint64_t{used_} + 1) * 5 > std::uint64_t{4} << bits_;
+    return (used_ + 1) * 3 > 2U << bits_;
   }
 
   void put(std::uint32_t at) {
@@ -302,7 +313,7 @@ class DenseTable {
   /// Builds the index anew, with room for one place more at least.
   void reindex() {
     std::uint8_t bits = 4;
-    while (std::uint64_t{used_} * 4 > std::uint64_t{3} << bits) ++bits;
+    while (std::uint64_t{used_} * 8 > std::uint64_t{bits > kNarrowBits ? 6U : 5U} << bits) ++bits;
     dropIndex();
     bits_ = bits;
     index_ = Kobble::allocate(indexBytes());
@@ -343,10 +354,17 @@ class DenseTable {
     }
     // By a half, and large tables by a quarter: their slack would be what costs.
     const std::uint32_t more = isWide() ? capacity_ / 4 : capacity_ / 2;
-    const std::uint32_t capacity = capacity_ < 4 ? capacity_ + 1 + more : capacity_ + more;
+    moveTo(capacity_ < 4 ? capacity_ + 1 + more : capacity_ + more);
+  }
+
+  void moveTo(std::uint32_t capacity) {
     auto* const slots = static_cast<Slot*>(Kobble::allocate(slotBytes(capacity)));
-    std::uninitialized_move_n(slots_, used_, slots);
-    std::destroy_n(slots_, used_);
+    if constexpr (Traits::kMovesAsBytes) {
+      if (used_ != 0) std::memcpy(static_cast<void*>(slots), slots_, used_ * sizeof(Slot));
+    } else {
+      std::uninitialized_move_n(slots_, used_, slots);
+      std::destroy_n(slots_, used_);
+    }
     keepHalves(slots, capacity);
     if (slots_) Kobble::deallocate(slots_, slotBytes(capacity_));
     slots_ = slots;

@@ -43,6 +43,12 @@ class Reactor {
 
  protected:
   explicit Reactor(void* owner = nullptr) : owner_(owner) { Audit::reactorCame(this); }
+  /// Registered from the start, and silent until it is switched on.
+  Reactor(void* owner, Ptr<Entity const> entity)
+      : notifier_(std::move(entity)), owner_(owner), flags_(kMuted) {
+    notifier_->notifieeIs(*this);
+    Audit::reactorCame(this);
+  }
 
   void* rawOwner() const { return owner_; }
   const Entity* watched() const { return notifier_.get(); }
@@ -76,6 +82,7 @@ class ReactorOn : public Reactor {
 
  protected:
   explicit ReactorOn(Owner* owner) : Reactor(owner) {}
+  ReactorOn(Owner* owner, Ptr<T const> entity) : Reactor(owner, std::move(entity)) {}
 
   Owner* owner() const { return static_cast<Owner*>(rawOwner()); }
 

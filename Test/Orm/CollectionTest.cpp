@@ -155,6 +155,63 @@ TEST(CollectionTest, Memory_OfATableIsSixteenBytesAMember) {
   }
 }
 
+TEST(CollectionTest, Reserve_MakesRoomOnceForAllWhoAreToCome) {
+  for (const int count : {1, 8, 10, 60, 3'000}) {
+    std::vector<Ptr<Thing>> made;
+    for (int number = 0; number != count; ++number)
+      made.push_back(Orm::make<Thing>(nameOf(number)));
+    Things things;
+    if (count > 2) things.insert(made[0]);
+    const std::size_t before = Kobble::bytesInUse();
+    things.reserve(static_cast<std::uint32_t>(count));
+    things.reserve(1);  // there is more room already
+    const std::size_t reserved = Kobble::bytesInUse();
+    EXPECT_GE(reserved - before, static_cast<std::size_t>(count > 2 ? count - 1 : count) * 8);
+    for (const auto& thing : made) {
+      if (!things.has(thing->name())) things.insert(thing);
+      // The index of those that are many is not made before they come.
+      if (things.size() <= 8) {
+        EXPECT_EQ(Kobble::bytesInUse(), reserved);
+      }
+    }
+    EXPECT_EQ(things.size(), made.size());
+    for (const auto& thing : made) EXPECT_EQ(things.find(thing->name()), thing.get());
+  }
+}
+
+TEST(CollectionTest, WalkOfTheOnlyMember_WhateverItDoes) {
+  const auto visits = [](auto&& during) {
+    Things things;
+    fill(things, 1);
+    int count = 0;
+    things.walk([&](const Thing& thing) {
+      ++count;
+      during(things);
+      EXPECT_EQ(thing.name(), nameOf(0));  // it is kept alive
+    });
+    EXPECT_EQ(count, 1);
+    return things.size();
+  };
+  EXPECT_EQ(visits([](Things&) {}), 1U);
+  EXPECT_EQ(visits([](Things& things) { things.take(nameOf(0)); }), 0U);
+  EXPECT_EQ(visits([](Things& things) { things.clear(); }), 0U);
+  EXPECT_EQ(visits([](Things& things) {
+              for (int number = 1; number != 30; ++number)
+                things.insert(Orm::make<Thing>(nameOf(number)));
+            }),
+            30U);
+  EXPECT_EQ(visits([](Things& things) {
+              things.take(nameOf(0));
+              things.insert(Orm::make<Thing>(nameOf(0)));
+            }),
+            1U);
+  EXPECT_EQ(visits([](Things& things) {
+              things.insert(Orm::make<Thing>(nameOf(1)));
+              things.walk([&](const Thing& thing) { things.take(thing.name()); });
+            }),
+            0U);
+}
+
 TEST(CollectionTest, Compaction_KeepsOrderAndMembersAndBoundsTheMemory) {
   Things things;
   constexpr int kWindow = 100;

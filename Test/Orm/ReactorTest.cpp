@@ -21,6 +21,7 @@ struct Owner {
 class OrmThing : public Orm::ReactorOn<Thing, Owner>, private Kobble::Counted<OrmThing> {
  public:
   explicit OrmThing(Owner* owner) : ReactorOn(owner) {}
+  OrmThing(Owner* owner, const Ptr<Thing>& thing) : ReactorOn(owner, thing) {}
   void onAttribute(Orm::AttributeId, const Orm::Key&) override { ++owner()->attributeCalls; }
 
  private:
@@ -44,6 +45,23 @@ TEST(ReactorTest, Notifier_IsHeldWhileItIsWatched) {
   EXPECT_TRUE(watcher.notifierIs(nullptr));
   EXPECT_EQ(watcher.notifier(), nullptr);
   EXPECT_EQ(Kobble::liveObjects(), 1U);
+}
+
+TEST(ReactorTest, MadeOnAnEntity_IsRegisteredAndSilentUntilItIsSwitchedOn) {
+  const auto thing = Orm::make<Thing>();
+  Owner owner;
+  {
+    OrmThing reactor(&owner, thing);
+    EXPECT_EQ(reactor.notifier(), thing.get());
+    EXPECT_EQ(thing->notifieeCount(), 1U);
+    thing->valueIs(1);
+    EXPECT_EQ(owner.notifierCalls, 0);
+    EXPECT_EQ(owner.attributeCalls, 0);
+    reactor.hasNotificationActiveIs(true);
+    thing->valueIs(2);
+    EXPECT_EQ(owner.attributeCalls, 1);
+  }
+  EXPECT_EQ(thing->notifieeCount(), 0U);
 }
 
 TEST(ReactorTest, NotifierIs_TheSameEntityKeepsThePlaceInTheOrder) {

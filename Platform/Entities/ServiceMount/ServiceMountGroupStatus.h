@@ -29,10 +29,12 @@ class ServiceMountGroupStatus : public Orm::CollectionOwner,
   MountStatus* mountStatus(const Orm::String& path) const { return mountStatus_.find(path); }
   Orm::Ptr<MountStatus> mountStatusIs(const Orm::String& path) {
     if (MountStatus* present = mountStatus_.find(path)) return present;
-    return newMountStatus(path);
+    return newMountStatus(path, 1);
   }
-  /// The same for who has looked for it; a path that is present stops the process.
-  Orm::Ptr<MountStatus> newMountStatus(const Orm::String& path) {
+  /// The same for who has looked for it, and knows how many paths the group will have; a path that
+  /// is present stops the process.
+  Orm::Ptr<MountStatus> newMountStatus(const Orm::String& path, std::uint32_t paths) {
+    mountStatus_.reserve(paths);
     return memberIs(mountStatus_, Attr::mountStatus, Orm::make<MountStatus>(path, &counts_));
   }
   void mountStatusDel(const Orm::String& path);
