@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "Bench/Micro/Support.h"
 #include "Platform/Orm/Entity.h"
@@ -82,7 +83,7 @@ void unchanged(benchmark::State& state) {
 }
 BENCHMARK(unchanged)->Name("unchanged/zorb");
 
-/// The handle that is given is of another block, so that the text itself has to be compared.
+/// The text is given as another handle, made from the same characters apart.
 void unchangedText(benchmark::State& state) {
   std::uint64_t sum = 0;
   const auto subject = Orm::make<Value>();
@@ -97,6 +98,22 @@ void unchangedText(benchmark::State& state) {
   perItem(state, 1);
 }
 BENCHMARK(unchangedText)->Name("unchangedText/zorb");
+
+/// The text is given as characters, of which a handle has to be made first.
+void unchangedCharacters(benchmark::State& state) {
+  std::uint64_t sum = 0;
+  const auto subject = Orm::make<Value>();
+  const Adder<Value> notifiee(sum, subject);
+  subject->textIs(kText);
+  std::string_view given = kText;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(given);
+    subject->textIs(given);
+    benchmark::ClobberMemory();
+  }
+  perItem(state, 1);
+}
+BENCHMARK(unchangedCharacters)->Name("unchangedText/zorbFromCharacters");
 
 void life(benchmark::State& state) {
   std::uint64_t sum = 0;

@@ -37,7 +37,7 @@ void copy(benchmark::State& state) {
   perItem(state, 1);
 }
 
-/// Two texts of the same characters that share nothing.
+/// Two texts of the same characters, made apart.
 template <class Text>
 void compareEqual(benchmark::State& state) {
   Text one(kText);

@@ -3,6 +3,7 @@
 #include <cxxabi.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -25,6 +26,21 @@ struct Chunk {
 static_assert(sizeof(Chunk) % 16 == 0 && sizeof(detail::Slot) <= kStep);
 Chunk* firstChunk = nullptr;
 
+detail::FreeSlots setAside{};                               // while slabs are off
+std::array<std::size_t, detail::FreeSlots().size()> cut{};  // slots that there are of each class
+std::size_t bytesElsewhere = 0;                             // in use, but not in slabs
+
+std::size_t freeSlotsOf(std::size_t index) {
+  std::size_t count = 0;
+  for (detail::Slot* slot = detail::freeSlots[index]; slot; ++count) {
+    if constexpr (detail::kPoison) detail::unpoison(slot, sizeof(detail::Slot));
+    detail::Slot* const next = slot->next;
+    if constexpr (detail::kPoison) detail::poison(slot, sizeof(detail::Slot));
+    slot = next;
+  }
+  return count;
+}
+
 void refill(std::size_t index) {
   auto* chunk = static_cast<Chunk*>(::operator new(kChunkSize));
   chunk->next = firstChunk;
@@ -34,8 +50,9 @@ void refill(std::size_t index) {
   // From the back, so that slots are handed out in the order of their addresses.
   for (std::size_t at = (kChunkSize - sizeof(Chunk)) / size * size; at >= size; at -= size) {
     auto* slot = reinterpret_cast<detail::Slot*>(slots + at - size);
-    slot->next = detail::state.free[index];
-    detail::state.free[index] = slot;
+    slot->next = detail::freeSlots[index];
+    detail::freeSlots[index] = slot;
+    ++cut[index];
     if constexpr (detail::kPoison) detail::poison(slot, size);
   }
 }
@@ -45,16 +62,17 @@ void refill(std::size_t index) {
 namespace detail {
 
 void* slowAllocate(std::size_t size) {
-  if (slabbed(size)) {
+  if (fitsSlot(size) && enabled) {
     refill(classOf(size));
     return allocate(size);
   }
-  state.bytesInUse += size;
-  return ::operator new(size);
+  void* const block = ::operator new(size);
+  bytesElsewhere += size;
+  return block;
 }
 
 void slowDeallocate(void* block, std::size_t size) noexcept {
-  state.bytesInUse -= size;
+  bytesElsewhere -= size;
   ::operator delete(block, size);
 }
 
@@ -72,18 +90,26 @@ void unpoison([[maybe_unused]] void* block, [[maybe_unused]] std::size_t size) n
 
 }  // namespace detail
 
-bool slabsEnabled() { return detail::state.enabled; }
+bool slabsEnabled() { return detail::enabled; }
 
 void slabsEnabledIs(bool enabled) {
-  if (enabled == detail::state.enabled) return;
-  if (detail::state.bytesInUse != 0) {
+  if (enabled == detail::enabled) return;
+  if (bytesInUse() != 0) {
     std::fputs("Kobble: slabs cannot be switched while blocks are in use\n", stderr);
     std::abort();
   }
-  detail::state.enabled = enabled;
+  detail::enabled = enabled;
+  detail::freeSlots.swap(setAside);
 }
 
-std::size_t bytesInUse() { return detail::state.bytesInUse; }
+std::size_t bytesInUse() {
+  std::size_t bytes = bytesElsewhere;
+  if (!detail::enabled) return bytes;
+  for (std::size_t index = 1; index != cut.size(); ++index) {
+    bytes += (cut[index] - freeSlotsOf(index)) * index * kStep;
+  }
+  return bytes;
+}
 
 TypeRecord::TypeRecord(const std::type_info& type, const std::size_t& live)
     : type_(&type), live_(&live), next_(firstRecord) {

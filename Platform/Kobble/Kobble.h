@@ -24,7 +24,8 @@ inline constexpr std::size_t kChunkSize = 64 * 1024;  // bytes
 bool slabsEnabled();
 void slabsEnabledIs(bool enabled);
 
-/// Bytes in use by callers, slabbed or not. For tests and reports.
+/// Bytes in use by callers, those in slabs with the whole of their slots. For tests and reports:
+/// nothing is counted when blocks come and go, so that this walks all free slots.
 std::size_t bytesInUse();
 
 namespace detail {
@@ -33,13 +34,11 @@ struct Slot {
   Slot* next;
 };
 
-struct State {
-  std::array<Slot*, kLargestSlot / kStep + 1> free{};
-  bool enabled = ZORB_SLABS != 0;
-  std::size_t bytesInUse = 0;
-};
+/// The free slots of each size class; of none while slabs are off.
+using FreeSlots = std::array<Slot*, kLargestSlot / kStep + 1>;
 
-inline constinit State state;
+inline constinit FreeSlots freeSlots{};
+inline constinit bool enabled = ZORB_SLABS != 0;
 
 void* slowAllocate(std::size_t size);
 void slowDeallocate(void* block, std::size_t size) noexcept;
@@ -62,8 +61,8 @@ void unpoison(void* block, std::size_t size) noexcept;
 
 constexpr std::size_t classOf(std::size_t size) { return (size + kStep - 1) / kStep; }
 
-/// Whether blocks of `size` bytes come from slabs; those of no bytes do not.
-inline bool slabbed(std::size_t size) { return size - 1 < kLargestSlot && state.enabled; }
+/// Whether blocks of `size` bytes come from slabs while they are on; those of no bytes do not.
+constexpr bool fitsSlot(std::size_t size) { return size - 1 < kLargestSlot; }
 
 }  // namespace detail
 
@@ -71,14 +70,12 @@ inline bool slabbed(std::size_t size) { return size - 1 < kLargestSlot && state.
 /// least otherwise, which is what an object of that size may need. Throws std::bad_alloc as
 /// operator new.
 inline void* allocate(std::size_t size) {
-  auto& state = detail::state;
-  if (detail::slabbed(size)) [[likely]] {
+  if (detail::fitsSlot(size)) [[likely]] {
     const std::size_t index = detail::classOf(size);
-    if (detail::Slot* slot = state.free[index]) [[likely]] {
+    if (detail::Slot* const slot = detail::freeSlots[index]) [[likely]] {
       if constexpr (detail::kPoison) detail::unpoison(slot, index * kStep);
-      state.free[index] = slot->next;
+      detail::freeSlots[index] = slot->next;
       __builtin_prefetch(slot->next);  // the next one to go, which may lie anywhere
-      state.bytesInUse += size;
       return slot;
     }
   }
@@ -87,13 +84,11 @@ inline void* allocate(std::size_t size) {
 
 /// Gives back a block; `size` is the size it was asked for with.
 inline void deallocate(void* block, std::size_t size) noexcept {
-  auto& state = detail::state;
-  if (detail::slabbed(size)) [[likely]] {
+  if (detail::fitsSlot(size) && detail::enabled) [[likely]] {
     const std::size_t index = detail::classOf(size);
-    auto* slot = static_cast<detail::Slot*>(block);
-    slot->next = state.free[index];
-    state.free[index] = slot;
-    state.bytesInUse -= size;
+    auto* const slot = static_cast<detail::Slot*>(block);
+    slot->next = detail::freeSlots[index];
+    detail::freeSlots[index] = slot;
     if constexpr (detail::kPoison) detail::poison(block, index * kStep);
     return;
   }
