@@ -68,13 +68,29 @@ void MounterConfigSm::OrmMountGroupConfig::onAttribute(Orm::AttributeId attribut
 
 void MounterConfigSm::OrmSystemFilter::onAttribute(Orm::AttributeId attribute,
                                                    const Orm::Key& key) {
-  if (attribute == MountFilterSystem::Attr::includedSystem) handleIncludedSystem(key.as<String>());
+  if (attribute != MountFilterSystem::Attr::includedSystem) return;
+  const std::uint64_t changes = notifier()->changes();
+  const bool isNext = folded_ + 1 == changes;
+  handleIncludedSystem(key.as<String>());
+  if (isNext) foldedIs(changes);
 }
 
 void MounterConfigSm::OrmSystemFilter::handleIncludedSystem() {
   const Ptr<MountFilterSystem const> filter(notifier());
+  const std::uint64_t changes = filter->changes();
+  folded_ = kNothing;
   filter->includedSystem().walk(
       [this](const String& system, bool) { handleIncludedSystem(system); });
+  if (notifier() == filter.get()) foldedIs(changes);
+}
+
+/// Whoever was told of what followed may have changed the filter again, or exchanged it; then the
+/// union alone counts, until a filter is folded in whole.
+void MounterConfigSm::OrmSystemFilter::foldedIs(std::uint64_t changes) {
+  const Ptr<MountFilterSystem const> filter(notifier());
+  const bool isThat = filter && filter == owner()->groupSystemFilter();
+  folded_ = isThat && filter->changes() == changes ? changes : kNothing;
+  if (folded_ == changes) owner()->systemFilterIsFolded(filter);
 }
 
 void MounterConfigSm::OrmSystemFilter::handleIncludedSystem(const String& system) {
@@ -130,6 +146,11 @@ void MounterConfigSm::handleVersionFilter() {
 }
 
 // ---- act
+
+void MounterConfigSm::systemFilterIsFolded(const Ptr<MountFilterSystem const>& filter) {
+  if (cleanedUp_ || contributed_.size() != parent_->connectionFilter().size()) return;
+  parent_->connectionFilterIsSameAs(filter);
+}
 
 void MounterConfigSm::addSystemToConnectionFilter(const String& system) {
   REGISTRY_TRACE(8, "MounterConfigSm::", "addSystemToConnectionFilter", ": ", system);

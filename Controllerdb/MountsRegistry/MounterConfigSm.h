@@ -34,6 +34,12 @@ class MounterConfigSm : public Orm::Sm, private Kobble::Counted<MounterConfigSm>
     void handleInitialized() { handleIncludedSystem(); }
     void handleIncludedSystem();
     void handleIncludedSystem(const Orm::String& system);
+
+   private:
+    void foldedIs(std::uint64_t changes);
+
+    static constexpr std::uint64_t kNothing = ~std::uint64_t{0};
+    std::uint64_t folded_ = kNothing;  // the changes() of the filter up to which the union has all
   };
 
   /// Reacts to the members of the group's version filter.
@@ -64,6 +70,9 @@ class MounterConfigSm : public Orm::Sm, private Kobble::Counted<MounterConfigSm>
   void versionFilterIs(const Orm::Ptr<MountFilterServiceVersion const>& filter);
   void versionFilterDel() { versionFilter_.notifierIs(nullptr); }
 
+  /// All of the group's system filter is in the union: when there is nothing else, they are the
+  /// same.
+  void systemFilterIsFolded(const Orm::Ptr<MountFilterSystem const>& filter);
   void addSystemToConnectionFilter(const Orm::String& system);
   void removeSystemFromConnectionFilter(const Orm::String& system);
   void addVersionToVersionFilter(std::uint32_t version);

@@ -248,7 +248,7 @@ Admission MountsRegistryEntrySm::decide(const Connection& connection) const {
     REGISTRY_MESSAGE(5, kSignature, " no connectionFilter for %s", entryName());
     return Admission::admitted;
   }
-  if (connectionFilter_.value(connection.name, lastIncluded_) != 0) {
+  if (isInConnectionFilter(connection.name)) {
     REGISTRY_MESSAGE(5, kSignature, " matched connectionFilter:%s", connection.name);
     return Admission::admitted;
   }

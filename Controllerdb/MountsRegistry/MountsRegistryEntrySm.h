@@ -153,9 +153,20 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   /// How many mounters include a system, by its name.
   const ConnectionFilter& connectionFilter() const { return connectionFilter_; }
   void connectionFilterIs(const Orm::String& system, std::uint32_t count) {
+    sameAsUnion_ = nullptr;
     connectionFilter_.set(system, count);
   }
-  void connectionFilterDel(const Orm::String& system) { connectionFilter_.erase(system); }
+  void connectionFilterDel(const Orm::String& system) {
+    sameAsUnion_ = nullptr;
+    connectionFilter_.erase(system);
+  }
+  /// The union has the same systems as `filter` has now. Until either changes, decisions ask the
+  /// filter, which is one for all paths of a group, and not the union, which each entry has for
+  /// itself, so that it has not been touched since the entry's last decision.
+  void connectionFilterIsSameAs(const Orm::Ptr<MountFilterSystem const>& filter) {
+    sameAsUnion_ = filter;
+    sameAsOf_ = filter->changes();
+  }
 
   /// The versions that the mounters accept, by service.
   const VersionFilter& versionFilter() const { return versionFilter_; }
@@ -238,6 +249,10 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   Admission decide(const Peer& connected, const Connection& connection) const;
   Admission decide(const Connection& connection) const;
   bool hasNegotiatedVersion(const Connection& connection) const;
+  bool isInConnectionFilter(const Orm::String& system) const {
+    if (sameAsUnion_ && sameAsUnion_->changes() == sameAsOf_) return sameAsUnion_->includes(system);
+    return connectionFilter_.value(system, lastIncluded_) != 0;
+  }
   bool connectionMatchesVersionFilter(const Connection& connection) const;
   bool matchingServiceVersionFilter(const Orm::String& serviceName,
                                     const Connection& connection) const;
@@ -265,6 +280,8 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   mutable MountSmDataSms::Hint lastMount_ = 0;
   mutable ConnectionFilter::Hint lastIncluded_ = 0;
   ConnectionFilter connectionFilter_;
+  Orm::Ptr<MountFilterSystem const> sameAsUnion_;  // null: none is known
+  std::uint64_t sameAsOf_ = 0;                     // its changes()
   VersionFilter versionFilter_;
   OrmTimeoutClock timeoutClock_;
 

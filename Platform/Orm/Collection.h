@@ -166,9 +166,13 @@ class ValueCollection {
   /// The same for who asks for one key many times in a row, or for one after the other in the order
   /// in which they came, and keeps the hint, which is 0 at first, beside the collection.
   using Hint = typename DenseTable<Traits>::Hint;
-  V value(const K& key, Hint& hint) const {
+  const V* find(const K& key, Hint& hint) const {
     const auto* slot = table_.find(key, hint);
-    return slot ? slot->value : V();
+    return slot ? &slot->value : nullptr;
+  }
+  V value(const K& key, Hint& hint) const {
+    const V* found = find(key, hint);
+    return found ? *found : V();
   }
 
   /// Inserts or overwrites; false when the value was there already. A handle must not be null.

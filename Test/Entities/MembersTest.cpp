@@ -168,6 +168,40 @@ TEST(MountFilterSystemTest, SystemThatIsNotThere_GoesWithoutAWord) {
   EXPECT_EQ(listener.told(), 2);
 }
 
+TEST(MountFilterSystemTest, SystemThatWasLeftOut_IsFoundOnceItIsLetIn) {
+  const auto filter = Orm::make<MountFilterSystem>("f");
+  for (const char* system : {"leaf1", ""}) {
+    EXPECT_FALSE(filter->includes(system));
+    EXPECT_FALSE(filter->includes(system));
+    filter->includedSystemIs(system, false);
+    EXPECT_FALSE(filter->includes(system));
+    filter->includedSystemIs(system, true);
+    EXPECT_TRUE(filter->includes(system));
+    EXPECT_FALSE(filter->includes("leaf2"));
+    EXPECT_TRUE(filter->includes(system));
+    filter->includedSystemDelAll();
+    EXPECT_FALSE(filter->includes(system));
+  }
+}
+
+TEST(MountFilterSystemTest, Changes_GrowsWhenAnythingChangesAndOnlyThen) {
+  const auto filter = Orm::make<MountFilterSystem>("f");
+  const auto grows = [&](const std::function<void()>& change) {
+    const std::uint64_t before = filter->changes();
+    change();
+    return filter->changes() - before;
+  };
+  EXPECT_EQ(grows([&] { filter->includedSystemIs("leaf1", true); }), 1U);
+  EXPECT_EQ(grows([&] { filter->includedSystemIs("leaf1", true); }), 0U);
+  EXPECT_EQ(grows([&] { filter->includedSystemIs("leaf1", false); }), 1U);
+  EXPECT_EQ(grows([&] { filter->includedSystemDel("leaf2"); }), 0U);
+  EXPECT_EQ(grows([&] { filter->includedSystemDel("leaf1"); }), 1U);
+  EXPECT_EQ(grows([&] { filter->includedSystemDelAll(); }), 0U);
+  filter->includedSystemIs("leaf1", true);
+  filter->includedSystemIs("leaf2", true);
+  EXPECT_EQ(grows([&] { filter->includedSystemDelAll(); }), 2U);
+}
+
 TEST(MountStateTest, Names) {
   std::string all;
   for (int state = 0; state != 6; ++state) {

@@ -1,3 +1,5 @@
+#include <functional>
+#include <random>
 #include <utility>
 
 #include "Controllerdb/MountsRegistry/MounterConfigSm.h"
@@ -129,6 +131,70 @@ TEST_F(MounterConfigSmTest, AllMembersDeleted_EachIsWithdrawn) {
   group("A").versionFilter().includedServiceVersionDelAll();
   EXPECT_TRUE(entry().connectionFilter().empty());
   EXPECT_TRUE(entry().versionFilter().empty());
+}
+
+// Decisions may ask a mounter's filter in place of the union, when the two are known to be the
+// same. They must be so after everything that can happen to either, also within a notification.
+TEST_F(MounterConfigSmTest, RandomChangesOfFilters_DecideAsTheUnionSays) {
+  class Meddler final : public Orm::ReactorOn<MountFilterSystem, std::function<void()>> {
+   public:
+    explicit Meddler(std::function<void()>* meddle) : ReactorOn(meddle) {}
+    void onAttribute(Orm::AttributeId, const Orm::Key&) override { (*owner())(); }
+  };
+  constexpr int kSystems = 5;
+  const auto system = [](std::uint32_t number) {
+    return String("02:00:00:00:00:0" + std::to_string(1 + number % kSystems));
+  };
+  for (std::uint32_t number = 0; number != kSystems; ++number)
+    connect(system(number).c_str(), {{"A", 3}});
+  for (std::uint32_t seed = 1; seed != 60; ++seed) {
+    std::minstd_rand random(seed);
+    const auto check = [&](const char* when) {
+      for (std::uint32_t number = 0; number != kSystems; ++number) {
+        const bool included =
+            entry().connectionFilter().empty() || count(system(number).c_str()) != 0;
+        ASSERT_EQ(entry().canMountFromConnection(system(number)), included)
+            << when << ", seed " << seed << ", " << system(number).view();
+      }
+    };
+    int depth = 0;
+    std::function<void()> change = [&] {
+      const char* const name = random() % 3 == 0 ? "B" : "A";
+      const std::uint32_t what = static_cast<std::uint32_t>(random() % 8);
+      const String one = system(static_cast<std::uint32_t>(random()));
+      if (what == 0) {
+        group(name).systems({kA, kB});
+      } else if (what == 1) {
+        group(name).systemFilter().includedSystemDelAll();
+      } else if (what <= 4) {
+        group(name).system(one, true);
+      } else if (what == 5) {
+        group(name).system(one, false);
+      } else {
+        group(name).withoutSystem(one);
+      }
+    };
+    std::function<void()> meddle = [&] {
+      if (depth > 1 || random() % 3 != 0) return;
+      ++depth;
+      change();
+      check("within a notification");
+      --depth;
+    };
+    for (const char* name : {"A", "B"}) group(name).systems({kA});
+    Meddler first(&meddle);
+    first.notifierIs(Ptr<MountFilterSystem const>(&group("A").systemFilter()));
+    for (const char* name : {"A", "B"}) group(name).path("topology");
+    Meddler last(&meddle);
+    last.notifierIs(Ptr<MountFilterSystem const>(&group("A").systemFilter()));
+    for (int turn = 0; turn != 40; ++turn) {
+      change();
+      check("afterwards");
+      if (turn == 20) service("B").withoutGroup("g");
+      if (turn == 20) group("B").systems({kB});
+    }
+    for (const char* name : {"A", "B"}) service(name).withoutGroup("g");
+  }
 }
 
 // ---- versions

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "Platform/Orm/CollectionOwner.h"
 
 namespace Controller {
@@ -18,22 +20,44 @@ class MountFilterSystem : public Orm::CollectionOwner, private Kobble::Counted<M
   const Orm::String& name() const { return name_; }
 
   const IncludedSystems& includedSystem() const { return includedSystem_; }
-  /// Cheapest for the system that was asked for last: each path of a group asks for it.
+  /// Cheapest for the system that was asked for last, also when it is left out: each path of a
+  /// group asks for it.
   bool includes(const Orm::String& system) const {
-    return includedSystem_.value(system, lastFound_);
+    if (system == lastMissed_ && !system.empty()) return false;
+    const bool* const included = includedSystem_.find(system, lastFound_);
+    if (!included) lastMissed_ = system;
+    return included && *included;
   }
+  /// Grows before a member comes, changes or goes.
+  std::uint64_t changes() const { return changes_; }
+
   void includedSystemIs(const Orm::String& system, bool included) {
+    const bool* const present = includedSystem_.find(system);
+    if (present && *present == included) return;
+    changing();
     valueIs(includedSystem_, Attr::includedSystem, system, included);
   }
   void includedSystemDel(const Orm::String& system) {
+    if (!includedSystem_.has(system)) return;
+    changing();
     valueDel(includedSystem_, Attr::includedSystem, system);
   }
-  void includedSystemDelAll() { valueDelAll(includedSystem_, Attr::includedSystem); }
+  void includedSystemDelAll() {
+    const Orm::Ptr<Orm::Entity const> self(this);
+    includedSystem_.walk([this](const Orm::String& system, bool) { includedSystemDel(system); });
+  }
 
  private:
+  void changing() {
+    ++changes_;
+    lastMissed_ = Orm::String();
+  }
+
   Orm::String name_;
   IncludedSystems includedSystem_;
   mutable IncludedSystems::Hint lastFound_ = 0;
+  mutable Orm::String lastMissed_;  // none since the last change
+  std::uint64_t changes_ = 0;
 };
 
 }  // namespace Controller
