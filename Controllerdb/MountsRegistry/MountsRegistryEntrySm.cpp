@@ -385,7 +385,7 @@ void MountsRegistryEntrySm::doDisconnectSwitch(const Connection& connection) {
 bool MountsRegistryEntrySm::preserveMountsOnDisconnect(const Connection& connection) {
   REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "preserveMountsOnDisconnect", ": ", connection.name);
   // A switch that has gone for good leaves nothing behind.
-  if (!oobStatus_->inactive().has(connection.systemId)) return false;
+  if (!oobStatus_->isInactive(connection.systemId)) return false;
   for (const Ptr<Mounter>& mounter : registryEntry_->mounter()) {
     const auto& group = mounter->mountGroupConfig();
     if (!group || !group->preserve()) continue;

@@ -234,7 +234,7 @@ bool MountsRegistryEntrySm::hasSystemStatus(const Connection& connection) const 
 
 void MountsRegistryEntrySm::updateSystemStatus(const Connection& connection) {
   updateSystemStatus(connection,
-                     peer(connection.systemId) || oobStatus_->inactive().has(connection.systemId));
+                     peer(connection.systemId) || oobStatus_->isInactive(connection.systemId));
 }
 
 void MountsRegistryEntrySm::updateSystemStatus(const Connection& connection, bool known) {

@@ -12,24 +12,20 @@ struct Zombie {
 };
 
 // Kept between scopes, so that letting go of an object does not allocate in the long run.
-std::vector<Zombie>& zombieList() {
-  static std::vector<Zombie> theList;
-  return theList;
-}
+constinit std::vector<Zombie> zombieList;
 
 }  // namespace
 
 void ActivityScope::reclaimLater(const void* object, Destroy destroy) {
-  zombieList().push_back({object, destroy});
+  zombieList.push_back({object, destroy});
   ++zombies_;
 }
 
 void ActivityScope::reclaim() {
   // What a destructor lets go of joins the list and is taken in the same sweep.
-  auto& list = zombieList();
-  while (!list.empty()) {
-    const Zombie zombie = list.back();
-    list.pop_back();
+  while (!zombieList.empty()) {
+    const Zombie zombie = zombieList.back();
+    zombieList.pop_back();
     --zombies_;
     zombie.destroy(zombie.object);
   }

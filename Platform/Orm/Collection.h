@@ -149,6 +149,8 @@ class ValueCollection {
   using Traits = detail::PairTraits<K, V>;
 
  public:
+  using Key = K;
+
   std::uint32_t size() const { return table_.size(); }
   bool empty() const { return table_.empty(); }
   bool has(const K& key) const { return table_.find(key) != nullptr; }
@@ -168,6 +170,10 @@ class ValueCollection {
   using Hint = typename DenseTable<Traits>::Hint;
   const V* find(const K& key, Hint& hint) const {
     const auto* slot = table_.find(key, hint);
+    return slot ? &slot->value : nullptr;
+  }
+  const V* findAt(Hint hint, const K& key) const {
+    const auto* slot = table_.findAt(hint, key);
     return slot ? &slot->value : nullptr;
   }
   V value(const K& key, Hint& hint) const {

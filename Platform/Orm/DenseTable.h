@@ -176,7 +176,7 @@ class DenseTable {
       if (table_) ++table_->walks_;
     }
     ~Walk() {
-      if (table_ && --table_->walks_ == 0) table_->tidy();
+      if (table_ && --table_->walks_ == 0 && table_->dead_ != 0) table_->tidy();
     }
     Walk(const Walk&) = delete;
     Walk& operator=(const Walk&) = delete;

@@ -77,6 +77,32 @@ TEST(OobStatusTest, InactiveClientThatIsThere_IsGivenAgainUnlessItsAddressDiffer
   EXPECT_EQ(refused([&] { status->inactiveIs(kA, kSecond); }), "clientAddress");
 }
 
+TEST(OobStatusTest, ClientThatWasNotInactive_IsFoundOnceItIs) {
+  const auto status = Orm::make<ControllerOob::Status>();
+  for (int round = 0; round != 2; ++round) {
+    EXPECT_FALSE(status->isInactive(kA));
+    EXPECT_FALSE(status->isInactive(kA));
+    status->inactiveIs(kA, kFirst);
+    EXPECT_TRUE(status->isInactive(kA));
+    EXPECT_FALSE(status->isInactive(kB));
+    status->inactiveDelAll();
+  }
+}
+
+TEST(ServiceMountStatusTest, SystemWithoutAStatus_IsFoundOnceItHasOneAndGoesOnce) {
+  const auto status = Orm::make<ServiceMountStatus>();
+  const Listener listener(status);
+  EXPECT_FALSE(status->systemStatus("leaf1"));
+  status->systemStatusDel("leaf1");
+  EXPECT_EQ(listener.told(), 0);
+  const auto made = status->systemStatusIs("leaf1");
+  EXPECT_EQ(status->systemStatus("leaf1"), made.get());
+  status->systemStatusDel("leaf1");
+  status->systemStatusDel("leaf1");
+  EXPECT_EQ(listener.told(), 2);
+  EXPECT_FALSE(status->systemStatus("leaf1"));
+}
+
 TEST(OobStatusTest, ClientStatusThatIsThere_IsGivenAgainUnlessItsSystemDiffers) {
   const auto status = Orm::make<ControllerOob::Status>();
   const auto client = status->clientStatusIs(kFirst, kA);

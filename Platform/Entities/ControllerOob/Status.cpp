@@ -53,6 +53,7 @@ Ptr<Peer> Status::inactiveIs(const SystemId& systemId, const IpAddrPort& clientA
     Orm::requireSame("clientAddress", present->clientAddress(), clientAddress);
     return present;
   }
+  lastInactive_.memberComes();
   return memberIs(inactive_, Attr::inactive, Orm::make<Peer>(systemId, clientAddress));
 }
 

@@ -5,6 +5,7 @@
 #include "Platform/Entities/ControllerOob/ClientStatus.h"
 #include "Platform/Entities/PeerTable/PeerTable.h"
 #include "Platform/Entities/ServiceStatus/NegotiationPart.h"
+#include "Platform/Orm/LastAsked.h"
 
 namespace ControllerOob {
 
@@ -36,6 +37,10 @@ class Status : public Controller::NegotiationPart, private Kobble::Counted<Statu
 
   /// Switches that are known, but not active at present.
   const InactiveClients& inactive() const { return inactive_; }
+  /// Cheapest for the system that was asked for last.
+  bool isInactive(const Controller::SystemId& systemId) const {
+    return lastInactive_.find(inactive_, systemId) != nullptr;
+  }
   Orm::Ptr<Controller::Peer> inactiveIs(const Controller::SystemId& systemId,
                                         const Pomix::IpAddrPort& clientAddress);
   void inactiveDel(const Controller::SystemId& systemId) {
@@ -56,6 +61,7 @@ class Status : public Controller::NegotiationPart, private Kobble::Counted<Statu
   mutable ClientStatuses::Hint lastFound_ = 0;
   Orm::ValueCollection<Controller::SystemId, OfSystem> ofSystem_;
   InactiveClients inactive_;
+  Orm::LastAsked<InactiveClients> lastInactive_;
 };
 
 }  // namespace ControllerOob

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "Platform/Orm/CollectionOwner.h"
+#include "Platform/Orm/LastAsked.h"
 
 namespace Controller {
 
@@ -23,9 +24,7 @@ class MountFilterSystem : public Orm::CollectionOwner, private Kobble::Counted<M
   /// Cheapest for the system that was asked for last, also when it is left out: each path of a
   /// group asks for it.
   bool includes(const Orm::String& system) const {
-    if (system == lastMissed_ && !system.empty()) return false;
-    const bool* const included = includedSystem_.find(system, lastFound_);
-    if (!included) lastMissed_ = system;
+    const bool* const included = lastAsked_.find(includedSystem_, system);
     return included && *included;
   }
   /// Grows before a member comes, changes or goes.
@@ -50,13 +49,12 @@ class MountFilterSystem : public Orm::CollectionOwner, private Kobble::Counted<M
  private:
   void changing() {
     ++changes_;
-    lastMissed_ = Orm::String();
+    lastAsked_.memberComes();
   }
 
   Orm::String name_;
   IncludedSystems includedSystem_;
-  mutable IncludedSystems::Hint lastFound_ = 0;
-  mutable Orm::String lastMissed_;  // none since the last change
+  Orm::LastAsked<IncludedSystems> lastAsked_;
   std::uint64_t changes_ = 0;
 };
 

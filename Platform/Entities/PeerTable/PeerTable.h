@@ -1,9 +1,8 @@
 #pragma once
 
-#include <optional>
-
 #include "Platform/Entities/PeerTable/Peer.h"
 #include "Platform/Entities/ServiceStatus/NegotiationPart.h"
+#include "Platform/Orm/LastAsked.h"
 
 namespace Controller {
 
@@ -18,18 +17,12 @@ class PeerTable : public NegotiationPart, private Kobble::Counted<PeerTable> {
   const Peers& peer() const { return peer_; }
   /// Cheapest for the peer that was asked for last, also when there was none: one event asks for
   /// one peer many times, one that has gone as well.
-  Peer* peer(const SystemId& systemId) const {
-    if (Peer* const found = peer_.findAt(lastFound_, systemId)) return found;
-    if (lastMissed_ == systemId) return nullptr;
-    Peer* const found = peer_.find(systemId, lastFound_);
-    if (!found) lastMissed_ = systemId;
-    return found;
-  }
+  Peer* peer(const SystemId& systemId) const { return lastAsked_.find(peer_, systemId); }
 
   Orm::Ptr<Peer> peerIs(const SystemId& systemId, const Pomix::IpAddrPort& clientAddress);
   /// Puts in a peer that was built before, so that it is seen complete. Its key must be absent.
   void peerIs(Orm::Ptr<Peer> peer) {
-    lastMissed_.reset();
+    lastAsked_.memberComes();
     memberIs(peer_, Attr::peer, std::move(peer));
   }
   void peerDel(const SystemId& systemId) { memberDel(peer_, Attr::peer, systemId); }
@@ -37,8 +30,7 @@ class PeerTable : public NegotiationPart, private Kobble::Counted<PeerTable> {
 
  private:
   Peers peer_;
-  mutable Peers::Hint lastFound_ = 0;
-  mutable std::optional<SystemId> lastMissed_;  // none since the last peer that came
+  Orm::LastAsked<Peers> lastAsked_;
 };
 
 }  // namespace Controller

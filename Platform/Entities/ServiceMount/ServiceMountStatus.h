@@ -2,6 +2,7 @@
 
 #include "Platform/Entities/ServiceMount/SystemStatus.h"
 #include "Platform/Orm/CollectionOwner.h"
+#include "Platform/Orm/LastAsked.h"
 
 namespace Controller {
 
@@ -29,17 +30,20 @@ class ServiceMountStatus : public Orm::CollectionOwner,
   }
   void mountedPathPrefixDelAll() { valueDelAll(mountedPathPrefix_, Attr::mountedPathPrefix); }
 
-  /// Per switch, by the text form of its id. Cheapest for the switch that was asked for last.
+  /// Per switch, by the text form of its id. Cheapest for the switch that was asked for last, also
+  /// when it has none.
   const SystemStatuses& systemStatus() const { return systemStatus_; }
   SystemStatus* systemStatus(const Orm::String& systemName) const {
-    return systemStatus_.find(systemName, lastFound_);
+    return lastAsked_.find(systemStatus_, systemName);
   }
   Orm::Ptr<SystemStatus> systemStatusIs(const Orm::String& systemName) {
     if (SystemStatus* present = systemStatus(systemName)) return present;
+    lastAsked_.memberComes();
     return memberIs(systemStatus_, Attr::systemStatus, Orm::make<SystemStatus>(systemName));
   }
   void systemStatusDel(const Orm::String& systemName) {
-    memberDel(systemStatus_, Attr::systemStatus, systemName);
+    if (!systemStatus(systemName)) return;
+    memberDel(systemStatus_, Attr::systemStatus, systemName, lastAsked_.hint());
   }
   void systemStatusDelAll() { memberDelAll(systemStatus_, Attr::systemStatus); }
 
@@ -60,7 +64,7 @@ class ServiceMountStatus : public Orm::CollectionOwner,
   Orm::String serviceName_;
   PathPrefixes mountedPathPrefix_;
   SystemStatuses systemStatus_;
-  mutable SystemStatuses::Hint lastFound_ = 0;
+  Orm::LastAsked<SystemStatuses> lastAsked_;
   GroupFlags initialMountsComplete_;
 };
 
