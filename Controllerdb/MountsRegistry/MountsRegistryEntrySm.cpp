@@ -186,92 +186,107 @@ void MountsRegistryEntrySm::handleSwitchConnection(const SystemId& systemId) {
   handleSwitchConnection(connectionOf(systemId));
 }
 
+void MountsRegistryEntrySm::handleSwitchConnection(const Connection& connection) {
+  if (mountsRegistryTrace.isOn()) {
+    handleSwitchConnection<true>(connection);
+  } else {
+    handleSwitchConnection<false>(connection);
+  }
+}
+
 // Flattened: every entry decides every connection, and the calls would cost more than the decision.
+template <bool kTraced>
 [[gnu::flatten]] void MountsRegistryEntrySm::handleSwitchConnection(const Connection& connection) {
-  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "handleSwitchConnection", " ", entryName(),
-                 " Peer:", connection.name);
+  STEP_TRACE(8, "MountsRegistryEntrySm::", "handleSwitchConnection", " ", entryName(),
+             " Peer:", connection.name);
   if (!initialized_) return;
   const Ptr<Peer const> connected(peer(connection.systemId));
   if (!connected) {
-    REGISTRY_MESSAGE(5,
-                     "void Controller::MountsRegistryEntrySm::handleSwitchConnection(const "
-                     "Controller::SystemId&)",
-                     " connection:%s registered:%s", connection.name, "false");
-    doDisconnectSwitch(connection);
-    updateSystemStatus(connection);
+    STEP_MESSAGE(5,
+                 "void Controller::MountsRegistryEntrySm::handleSwitchConnection(const "
+                 "Controller::SystemId&)",
+                 " connection:%s registered:%s", connection.name, "false");
+    doDisconnectSwitch<kTraced>(connection);
+    updateSystemStatus<kTraced>(connection);
     return;
   }
-  if (!hasSystemStatus(connection)) updateSystemStatus(connection, true);
-  if (decide(*connected, connection) == Admission::admitted) {
-    doConnectSwitch(connection, connected.get());
+  if (!hasSystemStatus(connection)) updateSystemStatus<kTraced>(connection, true);
+  if (decide<kTraced>(*connected, connection) == Admission::admitted) {
+    doConnectSwitch<kTraced>(connection, connected.get());
     return;
   }
-  REGISTRY_MESSAGE(
+  STEP_MESSAGE(
       5,
       "void Controller::MountsRegistryEntrySm::handleSwitchConnection(const Controller::SystemId&)",
       " Cannot mount:%s from:%s", entryName(), connection.name);
-  doDisconnectSwitch(connection);
+  doDisconnectSwitch<kTraced>(connection);
 }
 
 // ---- decide
 
 bool MountsRegistryEntrySm::canMountFromConnection(const String& connection) {
-  return decide(Connection(connection)) == Admission::admitted;
+  return decide<true>(Connection(connection)) == Admission::admitted;
 }
 
+template <bool kTraced>
 Admission MountsRegistryEntrySm::decide(const Peer& connected, const Connection& connection) const {
-  return connected.connectionConfig() ? decide(connection) : Admission::noConnectionConfig;
+  return connected.connectionConfig() ? decide<kTraced>(connection) : Admission::noConnectionConfig;
 }
 
+template <bool kTraced>
 Admission MountsRegistryEntrySm::decide(const Connection& connection) const {
   static constexpr char kSignature[] =
       "bool Controller::MountsRegistryEntrySm::canMountFromConnection(const String&)";
-  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "canMountFromConnection", " ", entryName(), " ",
-                 connection.name);
-  if (!hasNegotiatedVersion(connection)) {
-    REGISTRY_MESSAGE(5, kSignature, " no version negotiated:%s", connection.name);
+  STEP_TRACE(8, "MountsRegistryEntrySm::", "canMountFromConnection", " ", entryName(), " ",
+             connection.name);
+  if (!hasNegotiatedVersion<kTraced>(connection)) {
+    STEP_MESSAGE(5, kSignature, " no version negotiated:%s", connection.name);
     return Admission::noVersionNegotiated;
   }
   if (wildcard_) {
-    REGISTRY_MESSAGE(5, kSignature, " wildcard mount:%s", connection.name);
+    STEP_MESSAGE(5, kSignature, " wildcard mount:%s", connection.name);
     return Admission::admitted;
   }
   if (versionFilter_.empty()) {
-    REGISTRY_MESSAGE(5, kSignature, " no versionfilter for %s", entryName());
-  } else if (connectionMatchesVersionFilter(connection)) {
-    REGISTRY_MESSAGE(5, kSignature, " matched versionFilter:%s", connection.name);
+    STEP_MESSAGE(5, kSignature, " no versionfilter for %s", entryName());
   } else {
-    REGISTRY_MESSAGE(5, kSignature, " version filter not matched for %s", connection.name);
-    return Admission::versionNotInFilter;
+    if (!connectionMatchesVersionFilter<kTraced>(connection)) {
+      STEP_MESSAGE(5, kSignature, " version filter not matched for %s", connection.name);
+      return Admission::versionNotInFilter;
+    }
+    STEP_MESSAGE(5, kSignature, " matched versionFilter:%s", connection.name);
   }
   if (connectionFilter_.empty()) {
-    REGISTRY_MESSAGE(5, kSignature, " no connectionFilter for %s", entryName());
+    STEP_MESSAGE(5, kSignature, " no connectionFilter for %s", entryName());
     return Admission::admitted;
   }
   if (isInConnectionFilter(connection.name)) {
-    REGISTRY_MESSAGE(5, kSignature, " matched connectionFilter:%s", connection.name);
+    STEP_MESSAGE(5, kSignature, " matched connectionFilter:%s", connection.name);
     return Admission::admitted;
   }
-  REGISTRY_MESSAGE(5, kSignature, " not in connectionFilter:%s", connection.name);
+  STEP_MESSAGE(5, kSignature, " not in connectionFilter:%s", connection.name);
   return Admission::systemNotInFilter;
 }
 
+template <bool kTraced>
 bool MountsRegistryEntrySm::hasNegotiatedVersion(const Connection& connection) const {
   for (const Ptr<Mounter>& mounter : registryEntry_->mounter()) {
-    if (mountsRegistrySm_->negotiatedVersion(mounter->serviceName(), connection) != 0) return true;
+    if (mountsRegistrySm_->negotiatedVersion<kTraced>(mounter->serviceName(), connection) != 0)
+      return true;
   }
   return false;
 }
 
 bool MountsRegistryEntrySm::connectionMatchesVersionFilter(const String& connection) {
-  return connectionMatchesVersionFilter(Connection(connection));
+  return connectionMatchesVersionFilter<true>(Connection(connection));
 }
 
+template <bool kTraced>
 bool MountsRegistryEntrySm::connectionMatchesVersionFilter(const Connection& connection) const {
-  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "connectionMatchesVersionFilter", " ", entryName(),
-                 " ", connection.name);
+  STEP_TRACE(8, "MountsRegistryEntrySm::", "connectionMatchesVersionFilter", " ", entryName(), " ",
+             connection.name);
   for (const Ptr<ServiceVersionFilter>& filter : versionFilter_) {
-    if (matchingServiceVersionFilter(filter->serviceName(), connection)) return true;
+    if (matchingServiceVersionFilter<kTraced>(filter->serviceName(), connection)) return true;
   }
   return false;
 }
@@ -283,8 +298,7 @@ Admission MountsRegistryEntrySm::admission(const SystemId& systemId) const {
   if (mount && mount->mountSm() && !mount->leaving_) return Admission::admitted;
   const Connection connection(*connected);
   if (!hasSystemStatus(connection)) return Admission::undecided;
-  const Dualog::Silence silence(mountsRegistryTrace);
-  const Admission refusal = decide(*connected, connection);
+  const Admission refusal = decide<false>(*connected, connection);
   return refusal == Admission::admitted ? Admission::undecided : refusal;
 }
 
@@ -292,42 +306,43 @@ Admission MountsRegistryEntrySm::mounterAdmission(const Mounter& mounter,
                                                   const SystemId& systemId) const {
   const Admission decided = admission(systemId);
   if (decided != Admission::admitted) return decided;
-  const Dualog::Silence silence(mountsRegistryTrace);
-  return interestOf(mounter, connectionOf(systemId));
+  return interestOf<false>(mounter, connectionOf(systemId));
 }
 
 // ---- act
 
+template <bool kTraced>
 void MountsRegistryEntrySm::doConnectSwitch(const Connection& connection, const Peer* connected) {
   static constexpr char kSignature[] =
       "void Controller::MountsRegistryEntrySm::doConnectSwitch(const Controller::SystemId&)";
-  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "doConnectSwitch", " ", entryName(), " ",
-                 connection.name);
+  STEP_TRACE(8, "MountsRegistryEntrySm::", "doConnectSwitch", " ", entryName(), " ",
+             connection.name);
   if (!initialized_ || !connected) return;
   OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId);
   if (mount) mount->leaving_ = false;
   if (!mount || !mount->mountSm()) {
-    REGISTRY_MESSAGE(5, kSignature, " mounting:%s from:%s", entryName(), connection.name);
-    startMount(connection, *connected, mount);
+    STEP_MESSAGE(5, kSignature, " mounting:%s from:%s", entryName(), connection.name);
+    startMount<kTraced>(connection, *connected, mount);
     return;
   }
   const Ptr<MountSm> mountSm = mount->mountSm();
   if (mount->record().mountState() == MountState::mounted && !mountSm->pendingRequest()) {
-    REGISTRY_MESSAGE(5, kSignature, " updating status:%s from:%s", entryName(), connection.name);
-    updateMountersStatus(connection, MountState::mounted);
+    STEP_MESSAGE(5, kSignature, " updating status:%s from:%s", entryName(), connection.name);
+    updateMountersStatus<kTraced>(connection, MountState::mounted);
     return;
   }
-  REGISTRY_MESSAGE(5, kSignature, " remounting:%s from:%s", entryName(), connection.name);
+  STEP_MESSAGE(5, kSignature, " remounting:%s from:%s", entryName(), connection.name);
   mount->askedAgain_ = true;
   mountSm->doRemount();
 }
 
+template <bool kTraced>
 void MountsRegistryEntrySm::startMount(const Connection& connection, const Peer& peer,
                                        OrmMountSmDataSm* mount) {
   const MountsRegistry& registry = *registryEntry_->mountsRegistry();
   const Ptr<Fennix::Dir> prefixDir = this->prefixDir();
   Orm::assertThat(prefixDir, "prefixDir");
-  REGISTRY_TRACE(8, "targetPath=", prefixDir->childPath(connection.name.view()));
+  STEP_TRACE(8, "targetPath=", prefixDir->childPath(connection.name.view()));
   if (!mount) mount = &newMount(connection.systemId, String());
   const std::uint32_t retries = registry.reconnectRetries();
   const Orm::Seconds timeout = registry.mountTimeout();
@@ -345,7 +360,7 @@ void MountsRegistryEntrySm::startMount(const Connection& connection, const Peer&
                      .retries = retries != 0 ? retries : kNoRetryLimit,
                      .timeout = timeout != 0 ? wholeSeconds(timeout) : kNoTimeout,
                      .mountSmData = mountSmData});
-  mountSmDataSmIs(*mount);
+  mountSmDataSmIs<kTraced>(*mount);
 }
 
 const Ptr<Fennix::Dir>& MountsRegistryEntrySm::prefixDir() {
@@ -357,27 +372,28 @@ const Ptr<Fennix::Dir>& MountsRegistryEntrySm::prefixDir() {
   return prefixDir_;
 }
 
+template <bool kTraced>
 void MountsRegistryEntrySm::doDisconnectSwitch(const Connection& connection) {
   static constexpr char kSignature[] =
       "void Controller::MountsRegistryEntrySm::doDisconnectSwitch(const Controller::SystemId&)";
-  REGISTRY_TRACE(8, "MountsRegistryEntrySm::", "doDisconnectSwitch", " ", entryName(), " ",
-                 connection.name);
+  STEP_TRACE(8, "MountsRegistryEntrySm::", "doDisconnectSwitch", " ", entryName(), " ",
+             connection.name);
   if (!initialized_) return;
   OrmMountSmDataSm* const mount = mountSmDataSm(connection.systemId);
   const Ptr<MountSm> mountSm(mount ? mount->mountSm() : nullptr);
   if (!mountSm) {
-    REGISTRY_MESSAGE(5, kSignature, " already unmounted:%s from:%s", entryName(), connection.name);
-    updateMountersStatus(connection, MountState::unmounted);
+    STEP_MESSAGE(5, kSignature, " already unmounted:%s from:%s", entryName(), connection.name);
+    updateMountersStatus<kTraced>(connection, MountState::unmounted);
     return;
   }
-  REGISTRY_MESSAGE(5, kSignature, " unmounting:%s from:%s", entryName(), connection.name);
+  STEP_MESSAGE(5, kSignature, " unmounting:%s from:%s", entryName(), connection.name);
   mount->askedAgain_ = false;
   mount->leaving_ = true;
   if (preserveMountsOnDisconnect(connection)) {
-    REGISTRY_TRACE(8, "doDisconnectSwitch", ": unmount is state-preserving");
+    STEP_TRACE(8, "doDisconnectSwitch", ": unmount is state-preserving");
     mountSm->doStatePreservingUnmount();
   } else {
-    REGISTRY_TRACE(8, "doDisconnectSwitch", ": unmount is not state-preserving");
+    STEP_TRACE(8, "doDisconnectSwitch", ": unmount is not state-preserving");
     mountSm->doUnmount();
   }
 }
@@ -438,9 +454,10 @@ void MountsRegistryEntrySm::mountSmDataDel(const SystemId& systemId) {
   mountSmDataSm_.take(systemId, lastMount_);
 }
 
+template <bool kTraced>
 void MountsRegistryEntrySm::mountSmDataSmIs(OrmMountSmDataSm& mount) {
   mount.hasNotificationActiveIs(true);
-  mount.handleMountState();
+  mount.handleMountState<kTraced>();
 }
 
 void MountsRegistryEntrySm::mountSmDataSmDelAll() {
@@ -466,5 +483,10 @@ void MountsRegistryEntrySm::doCleanup() {
   mountSmDataSmDelAll();
   leaveIndex();  // the registry machine may be gone when this one's memory goes
 }
+
+// What is called from elsewhere, with traces.
+template void MountsRegistryEntrySm::doConnectSwitch<true>(const Connection&, const Peer*);
+template void MountsRegistryEntrySm::doDisconnectSwitch<true>(const Connection&);
+template void MountsRegistryEntrySm::mountSmDataSmIs<true>(OrmMountSmDataSm&);
 
 }  // namespace Controller

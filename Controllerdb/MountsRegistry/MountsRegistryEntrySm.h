@@ -72,10 +72,14 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
 
     void onAttribute(Orm::AttributeId attribute, const Orm::Key& key) override;
     void handleMountState();
+    template <bool kTraced = true>
     void handleMountStateTimer();
 
    private:
     friend class MountsRegistryEntrySm;
+
+    template <bool kTraced>
+    [[gnu::flatten]] void handleMountState();
 
     const MountSmData& record() const { return *notifier(); }
 
@@ -134,8 +138,9 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   bool connectionMatchesVersionFilter(const Orm::String& connection);
   bool matchingServiceVersionFilter(const Orm::String& serviceName, const Orm::String& connection);
   bool mounterIsInterestedInConnection(const Mounter& mounter, const Orm::String& connection);
+  template <bool kTraced = true>
   bool mounterIsInterestedInConnection(const Mounter& mounter, const Connection& connection) {
-    return interestOf(mounter, connection) == Admission::admitted;
+    return interestOf<kTraced>(mounter, connection) == Admission::admitted;
   }
 
   /// Whether a system was admitted when it was decided last, and if not, what speaks against it
@@ -179,24 +184,31 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void doDisconnectSwitch(const SystemId& systemId) { doDisconnectSwitch(Connection(systemId)); }
   void doConnectSwitch(const Connection& connection) {
     const Orm::Ptr<Peer const> connected(peer(connection.systemId));
-    doConnectSwitch(connection, connected.get());
+    doConnectSwitch<true>(connection, connected.get());
   }
+  template <bool kTraced = true>
   void doDisconnectSwitch(const Connection& connection);
   bool preserveMountsOnDisconnect(const Connection& connection);
 
   // ---- status
 
+  template <bool kTraced = true>
   void updateMountersStatus(const Connection& connection, MountState state);
+  template <bool kTraced = true>
   void updateMounterStatus(const Mounter& mounter, const Connection& connection, MountState state);
+  template <bool kTraced = true>
   void handleMountState(const Mounter& mounter, const Connection& connection, MountState state);
+  template <bool kTraced = true>
   void updateMountGroupMountState(const ServiceMountGroupConfig& mountGroupConfig,
                                   ServiceMountGroupStatus& mountGroupStatus,
                                   MountState state) const;
+  template <bool kTraced = true>
   void updateSystemStatus(const Connection& connection);
 
   // ---- the mount timer
 
   std::uint32_t timeoutPeriod() const { return timeoutPeriod_; }
+  template <bool kTraced = true>
   void startMountTimer();
   const OrmTimeoutClock& timeoutClock() const { return timeoutClock_; }
   void timeoutClockIs(const Orm::Ptr<Orm::Clock>& clock);
@@ -227,6 +239,7 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
     return mountSmDataSm_.find(systemId, lastMount_);
   }
   /// Lets the record's reactor see its state, now and from now on.
+  template <bool kTraced = true>
   static void mountSmDataSmIs(OrmMountSmDataSm& mount);
   void mountSmDataSmDelAll();
 
@@ -246,27 +259,41 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void leaveIndex();
   bool hasMounterOf(const Orm::String& realServiceName) const;
 
+  // What a decision and a report go through, with statements of traces and without.
+  template <bool kTraced>
+  [[gnu::flatten]] void handleSwitchConnection(const Connection& connection);
+  template <bool kTraced>
   Admission decide(const Peer& connected, const Connection& connection) const;
+  template <bool kTraced>
   Admission decide(const Connection& connection) const;
+  template <bool kTraced>
   bool hasNegotiatedVersion(const Connection& connection) const;
+  template <bool kTraced>
+  bool connectionMatchesVersionFilter(const Connection& connection) const;
+  template <bool kTraced>
+  bool matchingServiceVersionFilter(const Orm::String& serviceName,
+                                    const Connection& connection) const;
+  template <bool kTraced>
+  Admission interestOf(const Mounter& mounter, const Connection& connection) const;
+  template <bool kTraced>
+  void doConnectSwitch(const Connection& connection, const Peer* connected);
+  template <bool kTraced>
+  void startMount(const Connection& connection, const Peer& peer, OrmMountSmDataSm* mount);
+  template <bool kTraced>
+  void handleMountState(const Mounter& mounter, const Connection& connection, MountState state,
+                        ServiceMountGroupStatus& groupStatus, MountStatus* mountStatus);
+  template <bool kTraced>
+  void updateSystemStatus(const Connection& connection, bool known);
+  template <bool kTraced>
+  void updateSystemStatus(const Mounter& mounter, const Connection& connection, bool known);
+
   bool isInConnectionFilter(const Orm::String& system) const {
     if (sameAsUnion_ && sameAsUnion_->changes() == sameAsOf_) return sameAsUnion_->includes(system);
     return connectionFilter_.value(system, lastIncluded_) != 0;
   }
-  bool connectionMatchesVersionFilter(const Connection& connection) const;
-  bool matchingServiceVersionFilter(const Orm::String& serviceName,
-                                    const Connection& connection) const;
-  Admission interestOf(const Mounter& mounter, const Connection& connection) const;
-
-  void doConnectSwitch(const Connection& connection, const Peer* connected);
-  void startMount(const Connection& connection, const Peer& peer, OrmMountSmDataSm* mount);
+  bool hasSystemStatus(const Connection& connection) const;
   OrmMountSmDataSm& newMount(const SystemId& systemId, const Orm::String& text);
   const Orm::Ptr<Fennix::Dir>& prefixDir();
-  void handleMountState(const Mounter& mounter, const Connection& connection, MountState state,
-                        ServiceMountGroupStatus& groupStatus, MountStatus* mountStatus);
-  bool hasSystemStatus(const Connection& connection) const;
-  void updateSystemStatus(const Connection& connection, bool known);
-  void updateSystemStatus(const Mounter& mounter, const Connection& connection, bool known);
   void handleMountTimeout(const OrmMountSmDataSm& mount) const;
   Orm::String displayName(const SystemId& systemId) const;
 

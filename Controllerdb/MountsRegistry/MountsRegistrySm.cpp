@@ -251,10 +251,11 @@ std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
   return 0;  // no peer has such a name
 }
 
+template <bool kTraced>
 std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
     const String& serviceName, const Connection& connection) {
-  REGISTRY_TRACE(8, "MountsRegistrySm::", "negotiatedServiceVersionForConnection", " ", serviceName,
-                 " ", connection.name);
+  STEP_TRACE(8, "MountsRegistrySm::", "negotiatedServiceVersionForConnection", " ", serviceName,
+             " ", connection.name);
   const Peer* const peer = peerTable() ? peerTable()->peer(connection.systemId) : nullptr;
   if (!peer) return 0;
   const ServiceStatusDir* const dir = serviceStatusDir(*peer);
@@ -263,20 +264,26 @@ std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection(
   if (status && status->enabled() && status->versionStatus() &&
       status->versionStatus()->negotiated()) {
     const std::uint32_t version = status->versionStatus()->version();
-    REGISTRY_TRACE(8, "MountsRegistrySm::", "negotiatedServiceVersionForConnection",
-                   " negotiated service version for ", connection.name, " for service ",
-                   serviceName, " = ", version);
+    STEP_TRACE(8, "MountsRegistrySm::", "negotiatedServiceVersionForConnection",
+               " negotiated service version for ", connection.name, " for service ", serviceName,
+               " = ", version);
     return version;
   }
-  REGISTRY_TRACE(8, "MountsRegistrySm::", "negotiatedServiceVersionForConnection",
-                 " no version negotiated for ", connection.name, " for service ", serviceName);
+  STEP_TRACE(8, "MountsRegistrySm::", "negotiatedServiceVersionForConnection",
+             " no version negotiated for ", connection.name, " for service ", serviceName);
   return 0;
 }
 
+template <bool kTraced>
 void MountsRegistrySm::lastNegotiationIs(const String& serviceName, const Connection& connection) {
   lastNegotiation_ = {serviceName, connection.name, NegotiationPart::changes(),
-                      negotiatedServiceVersionForConnection(serviceName, connection)};
+                      negotiatedServiceVersionForConnection<kTraced>(serviceName, connection)};
 }
+
+template std::uint32_t MountsRegistrySm::negotiatedServiceVersionForConnection<true>(
+    const String&, const Connection&);
+template void MountsRegistrySm::lastNegotiationIs<true>(const String&, const Connection&);
+template void MountsRegistrySm::lastNegotiationIs<false>(const String&, const Connection&);
 
 Connection MountsRegistrySm::namedConnection(const SystemId& systemId) const {
   const Peer* const connected = peerTable() ? peerTable()->peer(systemId) : nullptr;

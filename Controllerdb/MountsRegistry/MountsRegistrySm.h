@@ -93,15 +93,18 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
   std::uint32_t negotiatedServiceVersionForConnection(const Orm::String& serviceName,
                                                       const Orm::String& connectionName);
   /// The same without parsing and allocating. O(1).
+  template <bool kTraced = true>
   std::uint32_t negotiatedServiceVersionForConnection(const Orm::String& serviceName,
                                                       const Connection& connection);
   /// The same; a few compares for what was asked for last: one event makes each entry of a service
   /// ask for its version, several times.
+  template <bool kTraced = true>
   std::uint32_t negotiatedVersion(const Orm::String& serviceName, const Connection& connection) {
     if (lastNegotiation_.asOf != NegotiationPart::changes() ||
         lastNegotiation_.serviceName != serviceName ||
-        lastNegotiation_.connectionName != connection.name || mountsRegistryTrace.enabled(8)) {
-      lastNegotiationIs(serviceName, connection);
+        lastNegotiation_.connectionName != connection.name ||
+        (kTraced && mountsRegistryTrace.enabled(8))) {
+      lastNegotiationIs<kTraced>(serviceName, connection);
     }
     return lastNegotiation_.version;
   }
@@ -189,6 +192,7 @@ class MountsRegistrySm : public Orm::Sm, private Kobble::Counted<MountsRegistryS
   void handleInitialized();
   Connection namedConnection(const SystemId& systemId) const;
   const ServiceStatusDir* serviceStatusDir(const Peer& peer) const;
+  template <bool kTraced>
   void lastNegotiationIs(const Orm::String& serviceName, const Connection& connection);
   /// The name itself, or the real service of a proxy; allocates when a proxy is first seen.
   const Orm::String& realServiceNameOf(const Orm::String& serviceName) {

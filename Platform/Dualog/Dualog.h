@@ -32,40 +32,20 @@ class Handle {
   bool enabled(int level) const { return level <= level_; }
   /// Whether a message is wanted by either trace.
   bool messageEnabled(int level) const { return level <= messageLevel_; }
+  /// Whether anything at all is wanted by either trace.
+  bool isOn() const { return messageLevel_ != kAllOff; }
 
   int level() const { return level_; }
   void levelIs(int level);
 
  private:
   friend void fastTraceIs(bool, std::size_t);
-  friend class Silence;
   void settle();
 
   const char* name_;
   const char* source_;
   int level_ = kAllOff;
   int messageLevel_ = kAllOff;
-};
-
-/// Both traces of a source are off while this exists: for reports that ask a machine what it does
-/// not do of itself. No level may be set meanwhile.
-class Silence {
- public:
-  explicit Silence(Handle& handle)
-      : handle_(handle), level_(handle.level_), messageLevel_(handle.messageLevel_) {
-    handle.level_ = handle.messageLevel_ = kAllOff;
-  }
-  ~Silence() {
-    handle_.level_ = level_;
-    handle_.messageLevel_ = messageLevel_;
-  }
-  Silence(const Silence&) = delete;
-  Silence& operator=(const Silence&) = delete;
-
- private:
-  Handle& handle_;
-  const int level_;
-  const int messageLevel_;
 };
 
 /// The handle of that name, null when there is none; and all of them, by name.

@@ -85,18 +85,17 @@ TEST_F(DualogTest, Levels_TheHigherAreOffTheLowerOn) {
   }
 }
 
-TEST_F(DualogTest, Silence_TurnsBothTracesOfOneSourceOffWhileItExists) {
-  first.levelIs(5);
+TEST_F(DualogTest, IsOn_WhenEitherTraceWantsAnything) {
+  EXPECT_FALSE(first.isOn());
+  first.levelIs(0);
+  EXPECT_TRUE(first.isOn());
+  EXPECT_FALSE(second.isOn());
+  first.levelIs(Dualog::kAllOff);
+  EXPECT_FALSE(first.isOn());
   Dualog::fastTraceIs(true);
-  {
-    const Dualog::Silence silence(first);
-    EXPECT_FALSE(first.enabled(0));
-    EXPECT_FALSE(first.messageEnabled(0));
-    EXPECT_TRUE(second.messageEnabled(0));
-  }
-  EXPECT_EQ(first.level(), 5);
-  EXPECT_FALSE(first.enabled(6));
-  EXPECT_TRUE(first.messageEnabled(Dualog::kHighestLevel));
+  EXPECT_TRUE(first.isOn());
+  Dualog::fastTraceIs(false);
+  EXPECT_FALSE(first.isOn());
 }
 
 TEST_F(DualogTest, Levels_BeyondTheEndsAreTheEnds) {
