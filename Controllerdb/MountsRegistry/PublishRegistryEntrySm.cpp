@@ -163,11 +163,7 @@ void PublishRegistryEntrySm::handleSwitchConnection() {
   REGISTRY_TRACE(8, "PublishRegistryEntrySm::", "handleSwitchConnection", " ", entryName());
   if (!initialized_) return;
   if (const Ptr<PeerTable const> table = mountsRegistrySm_->peerTable()) {
-    table->peer().walk([this](const Peer& peer) {
-      // A peer that the registry machine is yet to be told of is decided then.
-      if (!mountsRegistrySm_->connectionServiceStatusDirSm().has(peer.name())) return;
-      handleSwitchConnection(Connection(peer));
-    });
+    table->peer().walk([this](const Peer& peer) { handleSwitchConnection(Connection(peer)); });
   }
   if (!initialized_ || publishEntityExists()) return;
   REGISTRY_MESSAGE(1, "void Controller::PublishRegistryEntrySm::handleSwitchConnection()",
@@ -190,6 +186,8 @@ void PublishRegistryEntrySm::handleSwitchConnection(const Connection& connection
     doDisconnectSwitch(connection);
     return;
   }
+  // A peer that the registry machine is yet to be told of is decided then.
+  if (!mountsRegistrySm_->connectionServiceStatusDirSm().has(connected->name())) return;
   if (publishEntry_->isPrefixPath()) addSwitchToPublishEntryDir(connection);
   if (!initialized_) return;  // whoever was told of the new child has removed the entry
   const Admission admission = decide(*connected, connection);

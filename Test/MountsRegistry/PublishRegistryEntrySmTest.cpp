@@ -136,6 +136,27 @@ TEST_F(PublishRegistryEntrySmTest, ASystemFilterMemberThatIsFalseCountsAsAbsent)
   EXPECT_FALSE(isPublished(kOne, kPath));
 }
 
+// Whoever is told of the peer first may let the system in before the registry machine, which makes
+// room for what is published to it, has been told.
+TEST_F(PublishRegistryEntrySmTest, ASystemLetInWhileItsPeerComesIsPublishedToOnceThatIsKnown) {
+  class LetIn final : public Orm::ReactorOn<PeerTable, MountFilterSystem> {
+   public:
+    explicit LetIn(MountFilterSystem* filter) : ReactorOn(filter) {}
+    void onAttribute(Orm::AttributeId, const Orm::Key&) override {
+      owner()->includedSystemIs(kOne, true);
+    }
+  };
+  const auto systems = systemFilter({});
+  readyEntryIs(kPath, kService, nullptr, systems);
+  const auto table = Orm::make<PeerTable>();
+  LetIn first(systems.get());
+  first.notifierIs(Orm::Ptr<PeerTable const>(table));
+  oobStatus()->peerTableIs(table);
+  connect(kOne, {{kService, 3}});
+  EXPECT_TRUE(isPublished(kOne, kPath));
+  EXPECT_EQ(admission(kOne), Admission::admitted);
+}
+
 TEST_F(PublishRegistryEntrySmTest, EachReasonHasItsOwnWords) {
   EXPECT_EQ(Orm::stringForm(Admission::noConnectionConfig), "no connection configuration");
   EXPECT_EQ(Orm::stringForm(Admission::noVersionNegotiated), "no version negotiated");
