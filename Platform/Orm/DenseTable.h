@@ -360,7 +360,8 @@ class DenseTable {
   void moveTo(std::uint32_t capacity) {
     auto* const slots = static_cast<Slot*>(Kobble::allocate(slotBytes(capacity)));
     if constexpr (Traits::kMovesAsBytes) {
-      if (used_ != 0) std::memcpy(static_cast<void*>(slots), slots_, used_ * sizeof(Slot));
+      const void* const from = slots_;
+      if (used_ != 0) std::memcpy(static_cast<void*>(slots), from, used_ * sizeof(Slot));
     } else {
       std::uninitialized_move_n(slots_, used_, slots);
       std::destroy_n(slots_, used_);
