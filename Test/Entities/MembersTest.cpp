@@ -13,6 +13,7 @@
 #include "Platform/Entities/ServicePublish/ServicePublishConfig.h"
 #include "Platform/Orm/MutatorReinstantiatingError.h"
 #include "Platform/Orm/Reactor.h"
+#include "Test/Entities/Samples.h"
 
 namespace Controller {
 namespace {
@@ -20,12 +21,10 @@ namespace {
 using Orm::Ptr;
 using Pomix::IpAddr;
 using Pomix::IpAddrPort;
-using testing::ElementsAre;
-
-const SystemId kA(Pomix::EthAddr::fromValue(1));
-const SystemId kB(Pomix::EthAddr::fromValue(2));
-const IpAddrPort kFirst(IpAddr::fromV4(0x0a000001), 1);
-const IpAddrPort kSecond(IpAddr::fromV4(0x0a000001), 2);
+using Samples::kA;
+using Samples::kB;
+using Samples::kFirst;
+using Samples::kSecond;
 
 /// The attribute by which a member may not be asked for again; empty when nothing is wrong.
 std::string refused(const std::function<void()>& ask) {

@@ -7,18 +7,16 @@
 
 #include "Platform/Entities/ControllerOob/Status.h"
 #include "Platform/Orm/Reactor.h"
+#include "Test/Entities/Samples.h"
 
 namespace Controller {
 namespace {
 
 using Orm::Ptr;
-using Pomix::IpAddr;
-using Pomix::IpAddrPort;
-
-const SystemId kA(Pomix::EthAddr::fromValue(1));
-const SystemId kB(Pomix::EthAddr::fromValue(2));
-const IpAddrPort kFirst(IpAddr::fromV4(0x0a000001), 1);
-const IpAddrPort kSecond(IpAddr::fromV4(0x0a000001), 2);
+using Samples::kA;
+using Samples::kB;
+using Samples::kFirst;
+using Samples::kSecond;
 
 TEST(NegotiationPartTest, EverySetter_CountsAChange) {
   const auto status = Orm::make<ControllerOob::Status>();
