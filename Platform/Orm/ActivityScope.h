@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "Platform/Orm/Inline.h"
+
 namespace Orm {
 
 /// Marks that handlers are on the stack. Machines and reactors that are let go meanwhile are
@@ -12,9 +14,10 @@ namespace Orm {
 /// library's factories. Loop thread only. Costs two stores, which nothing waits for.
 class ActivityScope {
  public:
-  ActivityScope() : outermost_(!active_) { active_ = true; }
-  ~ActivityScope() {
-    if (!outermost_) return;
+  // Put where they are used, for then a scope is a register and has no address.
+  ORM_ALWAYS_INLINE ActivityScope() : nested_(active_) { active_ = true; }
+  ORM_ALWAYS_INLINE ~ActivityScope() {
+    if (nested_) return;
     if (zombies_ != 0) [[unlikely]]
       reclaim();
     active_ = false;
@@ -34,7 +37,7 @@ class ActivityScope {
   static void reclaimLater(const void* object, Destroy destroy);
   static void reclaim();
 
-  const bool outermost_;
+  const bool nested_;
 
   static inline constinit bool active_ = false;
   static inline constinit std::uint32_t zombies_ = 0;

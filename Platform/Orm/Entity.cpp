@@ -84,7 +84,7 @@ bool Entity::isNotifiee(const Reactor& reactor) const {
 
 void Entity::tell(AttributeId attribute, const Key& key) const {
   if (!notificationActive_) return;
-  if (list()) {
+  if (hasList()) {
     tellAll(attribute, key);
     return;
   }

@@ -51,7 +51,7 @@ class Entity : public PtrInterface {
   }
 
   void notify(AttributeId attribute) const {
-    if (notifiees_ != 0) tell(attribute, Key());
+    if (notifiees_ != 0) tell(attribute, kNoKey);
   }
   template <class K>
   void notify(AttributeId attribute, const K& key) const {
@@ -82,9 +82,9 @@ class Entity : public PtrInterface {
   // notifiees_ is 0, the one Reactor, or a NotifieeList with its lowest bit set.
   static constexpr std::uintptr_t kList = 1;
   NotifieeList* list() const {
-    return (notifiees_ & kList) != 0 ? reinterpret_cast<NotifieeList*>(notifiees_ ^ kList)
-                                     : nullptr;
+    return hasList() ? reinterpret_cast<NotifieeList*>(notifiees_ ^ kList) : nullptr;
   }
+  bool hasList() const { return (notifiees_ & kList) != 0; }
 
   void tell(AttributeId attribute, const Key& key) const;
   void tellAll(AttributeId attribute, const Key& key) const;
@@ -96,7 +96,7 @@ class Entity : public PtrInterface {
     }
   }
   void notifieeDel(Reactor& reactor) const {
-    if (!list()) {
+    if (!hasList()) {
       notifiees_ = 0;
     } else {
       notifieeLeaves(reactor);

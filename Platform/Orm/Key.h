@@ -38,4 +38,7 @@ class Key {
   const void* type_ = nullptr;
 };
 
+/// The key of a change that has none.
+inline constexpr Key kNoKey;
+
 }  // namespace Orm

@@ -86,7 +86,7 @@ class Ptr {
  public:
   constexpr Ptr() noexcept = default;
   constexpr Ptr(std::nullptr_t) noexcept {}
-  Ptr(T* object) : object_(object) {
+  ORM_ALWAYS_INLINE Ptr(T* object) : object_(object) {
     if (object_) counted(object_)->ref();
     Audit::handleIs(this, object_);
   }
@@ -97,7 +97,7 @@ class Ptr {
   template <class U>
   requires std::is_convertible_v<U*, T*> Ptr(Ptr<U>&& other)
   noexcept : object_(other.release()) { Audit::handleIs(this, object_); }
-  ~Ptr() {
+  ORM_ALWAYS_INLINE ~Ptr() {
     Audit::handleIs(this, nullptr);
     if (object_) counted(object_)->unref();
   }
