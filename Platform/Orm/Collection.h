@@ -11,7 +11,7 @@
 
 namespace Orm {
 
-/// The hash of a key of a collection: 32 bits that are mixed well in all places.
+/// The hash of a key of a collection: 32 bits that are mixed well, those of the upper half best.
 inline std::uint32_t hashOf(const String& key) { return key.hash(); }
 inline std::uint32_t hashOf(std::uint32_t key) { return (key ^ key >> 15) * 0x9e3779b1U; }
 template <class K>

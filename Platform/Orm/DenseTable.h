@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <memory>
@@ -188,9 +189,9 @@ class DenseTable {
 
   // An index entry is 0 or, in its low `bits_` bits, a place plus one, and above them bits of the
   // hash of the member that is or was there, so that most mismatches are seen without going to it;
-  // each place has one entry at the most. The top `bits_` bits of the hash say where the search
-  // begins. Entries take 16 bits while 4 are left for hashes; what serves larger tables stands
-  // apart, so that it costs the others one test.
+  // each place has one entry at the most. The bits that the place covers up say where the search
+  // begins. Entries take 16 bits, and know the upper half of the hash, while 4 are left for it;
+  // what serves larger tables stands apart, so that it costs the others one test.
   //
   // Behind the slots of all tables but the smallest and largest stand the upper halves of their
   // hashes, which is all that 16-bit entries need: an index is built from them without a look at
@@ -202,10 +203,9 @@ class DenseTable {
   static constexpr std::uint32_t kLeastWithHalves = 17;
   static constexpr std::uint32_t kMostWithHalves = (1U << kNarrowBits) / 3 * 2;
 
-  static Narrow tagOf(std::uint32_t hash, std::uint8_t bits, const Narrow*) {
-    return static_cast<Narrow>(hash >> 16 << bits);
-  }
-  static Wide tagOf(std::uint32_t hash, std::uint8_t bits, const Wide*) { return hash << bits; }
+  /// What an index of such entries knows of a hash.
+  static std::uint32_t knownOf(std::uint32_t hash, const Narrow*) { return hash >> 16; }
+  static std::uint32_t knownOf(std::uint32_t hash, const Wide*) { return std::rotl(hash, 16); }
 
   static bool hasHalves(std::uint32_t capacity) {
     return capacity >= kLeastWithHalves && capacity <= kMostWithHalves;
@@ -225,7 +225,6 @@ class DenseTable {
   Wide* wide() const { return static_cast<Wide*>(index_); }
   std::size_t indexBytes() const { return (isWide() ? sizeof(Wide) : sizeof(Narrow)) << bits_; }
   std::uint32_t mask() const { return (1U << bits_) - 1; }
-  std::uint32_t home(std::uint32_t hash) const { return hash >> (32 - bits_); }
 
   std::uint32_t place(const Key& key) const {
     if (!index_) {
@@ -240,13 +239,12 @@ class DenseTable {
 
   template <class Entry>
   std::uint32_t placeIn(const Entry* index, const Key& key) const {
-    const std::uint32_t hash = Traits::hash(key);
     const std::uint32_t low = mask();
-    const Entry tag = tagOf(hash, bits_, index);
-    for (std::uint32_t i = home(hash);; i = (i + 1) & low) {
-      const Entry entry = index[i];
+    const std::uint32_t known = knownOf(Traits::hash(key), index);
+    for (std::uint32_t i = known & low;; i = (i + 1) & low) {
+      const std::uint32_t entry = index[i];
       if (entry == 0) return kNowhere;
-      if ((entry & ~low) == tag) {
+      if ((entry ^ known) <= low) {
         const std::uint32_t at = (entry & low) - 1;
         if (Traits::live(slots_[at]) && Traits::key(slots_[at]) == key) return at;
       }
@@ -279,14 +277,14 @@ class DenseTable {
   template <class Entry>
   void putIn(Entry* index, std::uint32_t at, std::uint32_t hash, const Key* key) {
     const std::uint32_t low = mask();
-    const Entry tag = tagOf(hash, bits_, index);
-    std::uint32_t i = home(hash);
-    for (Entry entry; (entry = index[i]) != 0; i = (i + 1) & low) {
-      if (!key || (entry & ~low) != tag) continue;
+    const std::uint32_t known = knownOf(hash, index);
+    std::uint32_t i = known & low;
+    for (std::uint32_t entry; (entry = index[i]) != 0; i = (i + 1) & low) {
+      if (!key || (entry ^ known) > low) continue;
       const Slot& other = slots_[(entry & low) - 1];
       assertThat(!(Traits::live(other) && Traits::key(other) == *key), "!has( key )");
     }
-    index[i] = static_cast<Entry>(tag | (at + 1));
+    index[i] = static_cast<Entry>((known & ~low) | (at + 1));
   }
 
   Slot takeAt(std::uint32_t at) {

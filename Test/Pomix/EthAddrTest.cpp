@@ -56,12 +56,24 @@ TEST(EthAddrTest, Comparison_SeesEachByte) {
   }
 }
 
-TEST(EthAddrTest, Hash_SpreadsNeighboursInTheTopBits) {
-  std::set<std::uint32_t> tops;
-  for (std::uint64_t value = 0; value != 1000; ++value) {
-    tops.insert(EthAddr::fromValue(0x001c'7300'0000U + value).hash() >> 20);
+/// How many of 2048 places a thousand addresses take, `distance` apart. By chance they are 790.
+std::size_t placesTaken(std::uint64_t first, std::uint32_t distance) {
+  std::set<std::uint32_t> places;
+  for (std::uint64_t number = 0; number != 1000; ++number) {
+    // What tables begin their searches with.
+    places.insert(EthAddr::fromValue(first + number * distance).hash() >> 16 & 0x7ff);
   }
-  EXPECT_GT(tops.size(), 800U);  // of 4096 places
+  return places.size();
+}
+
+TEST(EthAddrTest, Hash_SpreadsAddressesAtRegularDistances) {
+  for (const std::uint32_t distance :
+       {1U,  2U,  3U,   4U,   5U,   7U,   8U,    10U,   16U,   32U,
+        48U, 64U, 100U, 128U, 256U, 512U, 1000U, 1024U, 4096U, 65536U}) {
+    EXPECT_GT(placesTaken(0x001c'7300'0000U, distance), 600U) << distance;
+    EXPECT_GT(placesTaken(0x0200'0000'0000U, distance), 600U) << distance;
+    EXPECT_GT(placesTaken(0x444c'a812'3456U, distance), 600U) << distance;
+  }
   EXPECT_EQ(EthAddr::fromValue(7).hash(), EthAddr::fromValue(7).hash());
 }
 
