@@ -49,7 +49,7 @@ bool isOutstanding(const Controller::ServiceMountGroupStatus& group, const Strin
 void addRemaining(InitialMounts& mounts, const MountGroupInitialMountSm& machine,
                   const World& world, const ServiceMountGroupConfig& config) {
   for (const auto& remaining : machine.remainingSwitch()) {
-    const Controller::SystemStatus& system = *remaining->notifier();
+    const Controller::SystemStatus& system = remaining->systemStatus();
     InitialMounts::Switch one = switchOf(world, SystemId::ofName(system.name()));
     one.gone = machine.serviceMountStatus()->systemStatus(system.name()) != &system;
     const auto* const group = system.serviceMountGroupStatus(machine.name());

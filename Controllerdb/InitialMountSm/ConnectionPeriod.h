@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Platform/Orm/Entity.h"
+#include "Controllerdb/InitialMountSm/InitialSwitchSet.h"
 
 namespace Controller {
 
@@ -14,7 +14,12 @@ class ConnectionPeriod : public Orm::Entity, private Kobble::Counted<ConnectionP
   bool complete() const { return complete_; }
   void completeIs(bool complete) { assign(complete_, complete, Attr::complete); }
 
+  /// The switches that were connected when it ended; null before.
+  const Orm::Ptr<InitialSwitchSet const>& connectedAtEnd() const { return connectedAtEnd_; }
+  void connectedAtEndIs(Orm::Ptr<InitialSwitchSet const> set) { connectedAtEnd_ = std::move(set); }
+
  private:
+  Orm::Ptr<InitialSwitchSet const> connectedAtEnd_;
   bool complete_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "Controllerdb/InitialMountSm/GroupProcessedSm.h"
 
 #include "Controllerdb/InitialMountSm/InitialMountTrace.h"
+#include "Platform/Orm/ActivityScope.h"
 
 namespace Controller {
 
@@ -38,6 +39,7 @@ void GroupProcessedSm::handleProcessed() {
   if (!serviceMountGroupStatus_.notifier()->processed()) return;
   INITIAL_MESSAGE(8, "void Controller::GroupProcessedSm::handleProcessed()",
                   "systemName: %s, groupName: %s", systemName_, groupName_);
+  const Orm::ActivityScope scope;  // with this the machine has done its work, and is let go
   processedSwitchSet_->processedIs(systemName_, true);
 }
 

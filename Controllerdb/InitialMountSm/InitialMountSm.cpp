@@ -126,6 +126,11 @@ void InitialMountSm::handleConnectionTimeout() {
   if (period.complete()) return;
   INITIAL_MESSAGE(5, "void Controller::InitialMountSm::handleConnectionTimeout()",
                   "initial switch set complete");
+  if (const PeerTable* const table = peerTable_.notifier()) {
+    const auto connected = Orm::make<InitialSwitchSet>();
+    connected->snapshotIs(*table);
+    period.connectedAtEndIs(connected);
+  }
   period.completeIs(true);
 }
 

@@ -71,10 +71,11 @@ void MountGroupInitialMountSm::hasNotificationActiveIs(bool active) {
   mountClock_.hasNotificationActiveIs(active);
   attrlogFlushTimer_.hasNotificationActiveIs(active);
   for (const auto& system : systemProcessedSm_) system->hasNotificationActiveIs(active);
-  for (const auto& remaining : remainingSwitch_) remaining->notificationActiveIs(active);
+  for (const auto& remaining : remainingSwitch_) remaining->hasNotificationActiveIs(active);
+  for (const auto& others : otherGroups_) others->notificationActiveIs(active);
 }
 
-const Ptr<InitialSwitchSet>& MountGroupInitialMountSm::mountGroupInitialSwitchSetIs() {
+const Ptr<InitialSwitchSet const>& MountGroupInitialMountSm::mountGroupInitialSwitchSetIs() {
   if (!mountGroupInitialSwitchSet_) mountGroupInitialSwitchSet_ = Orm::make<InitialSwitchSet>();
   return mountGroupInitialSwitchSet_;
 }
@@ -109,13 +110,22 @@ void MountGroupInitialMountSm::handleConnectionPeriodComplete() {
   const bool complete = connectionPeriod_.notifier()->complete();
   INITIAL_TRACE(8, "MountGroupInitialMountSm::", "handleConnectionPeriodComplete", " ", complete);
   if (!complete || !initialized_) return;
-  if (const Ptr<PeerTable> table = peerTable()) {
-    for (const Ptr<Peer>& peer : table->peer()) {
-      mountGroupInitialSwitchSet_->initialSwitchIs(peer->systemId(), true);
-    }
-  }
-  mountGroupInitialSwitchSet_->completeIs(true);
+  mountGroupInitialSwitchSet_ = snapshot();
+  processedSwitchSetInternal_->processedReserve(
+      mountGroupInitialSwitchSet_->initialSwitch().size());
   handleProcessed();
+}
+
+/// Of the peers as they are now. Mostly they are those that were there when the period ended, and
+/// there may be as many groups as there are services, with thousands of switches each.
+Ptr<InitialSwitchSet const> MountGroupInitialMountSm::snapshot() const {
+  const Ptr<PeerTable> table = peerTable();
+  const Ptr<InitialSwitchSet const>& atEnd = connectionPeriod_.notifier()->connectedAtEnd();
+  if (table && atEnd && atEnd->isSnapshotOf(*table)) return atEnd;
+  const auto own = Orm::make<InitialSwitchSet>();
+  if (table) own->snapshotIs(*table);
+  own->completeIs(true);
+  return own;
 }
 
 void MountGroupInitialMountSm::handleSystemStatus() {
@@ -141,7 +151,11 @@ void MountGroupInitialMountSm::handleProcessed(const String& systemName) {
   const bool processed = set && set->processed().value(systemName);
   INITIAL_MESSAGE(8, "void Controller::MountGroupInitialMountSm::handleProcessed(const String&)",
                   "%s processed=%s", systemName, processed);
-  if (processed) handleProcessed();
+  if (!processed) return;
+  // Its machine has done what there was to do. Who made this call may be part of it.
+  const Orm::ActivityScope scope;
+  systemProcessedSmDel(systemName);
+  handleProcessed();
 }
 
 void MountGroupInitialMountSm::handleProcessed() {
@@ -173,75 +187,115 @@ void MountGroupInitialMountSm::doPopulateRemainingSwitch() {
 }
 
 void MountGroupInitialMountSm::doPopulateRemainingSwitch(const SystemId& systemId) {
-  const Ptr<SystemStatus const> system(serviceMountStatus_->systemStatus(systemId.stringValue()));
+  // A peer knows its name, which would have to be formatted otherwise.
+  const PeerTable* const table = oobStatus_ ? oobStatus_->peerTable().get() : nullptr;
+  const Peer* const peer = table ? table->peer(systemId) : nullptr;
+  const SystemStatus* const system =
+      serviceMountStatus_->systemStatus(peer ? peer->name() : systemId.stringValue());
   if (!system) return;
   // A switch without a status for the group owes it nothing.
   const ServiceMountGroupStatus* const group = system->serviceMountGroupStatus(name_);
   if (!group || group->mountStatus().empty() || isFinal(group->mountState())) return;
   INITIAL_MESSAGE(5, "void Controller::MountGroupInitialMountSm::doPopulateRemainingSwitch()",
                   "Adding remaining switch: %s", systemId);
-  remainingSwitchIs(system);
+  remainingSwitchIs(Ptr<SystemStatus const>(system));
 }
 
-void MountGroupInitialMountSm::OrmRemainingSwitch::onNotifier() {
-  const Ptr<SystemStatus const> status(notifier());
-  if (!initialMountTrace.enabled(8)) {
-    if (const auto own = status->serviceMountGroupStatus(owner()->name())) {
-      serviceMountGroupStatusIs(Ptr<ServiceMountGroupStatus const>(own));
-    }
-    return;
-  }
-  status->serviceMountGroupStatus().walk([this](ServiceMountGroupStatus& group) {
-    serviceMountGroupStatusIs(Ptr<ServiceMountGroupStatus const>(&group));
-  });
+MountGroupInitialMountSm::OrmRemainingSwitch::OrmRemainingSwitch(
+    MountGroupInitialMountSm* owner, Ptr<SystemStatus const> systemStatus)
+    : Reactor(owner), systemStatus_(std::move(systemStatus)) {
+  handleServiceMountGroupStatus();
+}
+
+void MountGroupInitialMountSm::OrmRemainingSwitch::handleServiceMountGroupStatus() {
+  const ServiceMountGroupStatus* const group =
+      systemStatus_->serviceMountGroupStatus(owner().name());
+  watchedIs(group ? Ptr<Orm::Entity const>(group) : Ptr<Orm::Entity const>(systemStatus_));
 }
 
 void MountGroupInitialMountSm::OrmRemainingSwitch::onAttribute(Orm::AttributeId attribute,
-                                                               const Orm::Key& key) {
-  if (attribute != SystemStatus::Attr::serviceMountGroupStatus) return;
-  const auto& groupName = key.as<String>();
-  if (const Ptr<ServiceMountGroupStatus const> status =
-          notifier()->serviceMountGroupStatus(groupName)) {
-    const bool isOwn = groupName == owner()->name();
-    if (isOwn || initialMountTrace.enabled(8)) serviceMountGroupStatusIs(status);
-  } else {
-    serviceMountGroupStatusDel(groupName);
+                                                               const Orm::Key&) {
+  if (watched() == systemStatus_.get()) {
+    if (attribute == SystemStatus::Attr::serviceMountGroupStatus) handleServiceMountGroupStatus();
+  } else if (attribute == ServiceMountGroupStatus::Attr::mountState) {
+    handleMountState();
+  } else if (attribute == ServiceMountGroupStatus::Attr::left) {
+    handleServiceMountGroupStatus();
   }
 }
 
-void MountGroupInitialMountSm::OrmRemainingSwitch::serviceMountGroupStatusIs(
-    const Ptr<ServiceMountGroupStatus const>& status) {
-  const Orm::ActivityScope scope;
-  if (const auto* present = groups_.find(status->groupName())) {
-    if (present->notifier() == status.get()) return;
-    serviceMountGroupStatusDel(status->groupName());
+void MountGroupInitialMountSm::OrmRemainingSwitch::handleMountState() {
+  // From any other state nothing but a trace follows, and a group comes through several.
+  if (isFinal(serviceMountGroupStatus()->mountState()) || initialMountTrace.enabled(8)) {
+    owner().handleMountState(systemName(), owner().name());
   }
+}
+
+void MountGroupInitialMountSm::OrmOtherGroups::onNotifier() {
+  notifier()->serviceMountGroupStatus().walk([this](const ServiceMountGroupStatus& group) {
+    handleServiceMountGroupStatus(group.groupName());
+  });
+}
+
+void MountGroupInitialMountSm::OrmOtherGroups::onAttribute(Orm::AttributeId attribute,
+                                                           const Orm::Key& key) {
+  if (attribute != SystemStatus::Attr::serviceMountGroupStatus) return;
+  handleServiceMountGroupStatus(key.as<String>());
+}
+
+void MountGroupInitialMountSm::OrmOtherGroups::handleServiceMountGroupStatus(
+    const String& groupName) {
+  if (groupName == owner()->name()) {
+    // It would see by itself, but in another turn among those that trace what the new status does.
+    OrmRemainingSwitch* const own = owner()->remainingSwitch().find(systemName());
+    if (own) own->handleServiceMountGroupStatus();
+    return;
+  }
+  const Orm::ActivityScope scope;
+  const Ptr<ServiceMountGroupStatus const> status(notifier()->serviceMountGroupStatus(groupName));
+  const auto* const present = groups_.find(groupName);
+  if (present && present->notifier() == status.get()) return;
+  groups_.take(groupName);
+  if (!status) return;
   Orm::Owned<OrmServiceMountGroupStatus> group(new OrmServiceMountGroupStatus(this));
   group->notifierIs(status);
   groups_.insert(std::move(group));
 }
 
-void MountGroupInitialMountSm::OrmRemainingSwitch::notificationActiveIs(bool active) {
+void MountGroupInitialMountSm::OrmOtherGroups::notificationActiveIs(bool active) {
   hasNotificationActiveIs(active);
   for (const auto& group : groups_) group->hasNotificationActiveIs(active);
 }
 
-void MountGroupInitialMountSm::OrmRemainingSwitch::OrmServiceMountGroupStatus::onAttribute(
+void MountGroupInitialMountSm::OrmOtherGroups::OrmServiceMountGroupStatus::onAttribute(
     Orm::AttributeId attribute, const Orm::Key&) {
   if (attribute == ServiceMountGroupStatus::Attr::mountState) {
     owner()->handleMountState(groupName());
   }
 }
 
-void MountGroupInitialMountSm::OrmRemainingSwitch::handleMountState(const String& groupName) {
+void MountGroupInitialMountSm::OrmOtherGroups::handleMountState(const String& groupName) {
   if (!isDeleted()) owner()->handleMountState(systemName(), groupName);
 }
 
 void MountGroupInitialMountSm::remainingSwitchIs(const Ptr<SystemStatus const>& systemStatus) {
   if (remainingSwitch_.has(systemStatus->name())) return;
-  Orm::Owned<OrmRemainingSwitch> remaining(new OrmRemainingSwitch(this));
-  remaining->notifierIs(systemStatus);
-  remainingSwitch_.insert(std::move(remaining));
+  remainingSwitch_.insert(
+      Orm::Owned<OrmRemainingSwitch>(new OrmRemainingSwitch(this, systemStatus)));
+  if (!initialMountTrace.enabled(8)) return;
+  Orm::Owned<OrmOtherGroups> others(new OrmOtherGroups(this));
+  others->notifierIs(systemStatus);
+  otherGroups_.insert(std::move(others));
+}
+
+void MountGroupInitialMountSm::remainingSwitchDel(const String& systemName) {
+  otherGroups_.take(systemName);
+  remainingSwitch_.take(systemName, lastRemaining_);
+}
+
+void MountGroupInitialMountSm::remainingSwitchDelAll() {
+  otherGroups_.clear();
+  remainingSwitch_.clear();
 }
 
 void MountGroupInitialMountSm::handleMountState() {
@@ -259,14 +313,13 @@ void MountGroupInitialMountSm::handleMountState() {
 void MountGroupInitialMountSm::handleMountState(const String& systemName, const String& groupName) {
   INITIAL_TRACE(8, "MountGroupInitialMountSm::", "handleMountState", systemName, " ", groupName);
   if (!connectionPeriod_.notifier()->complete()) return;
-  const OrmRemainingSwitch* const remaining = remainingSwitch_.find(systemName);
-  if (!remaining || !remaining->notifier()) {
+  const OrmRemainingSwitch* const remaining = remainingSwitch_.find(systemName, lastRemaining_);
+  if (!remaining) {
     INITIAL_TRACE(8, "handleMountState", ": ", systemName, " not in remaining.");
     return;
   }
   if (groupName != name_) return;
-  const ServiceMountGroupStatus* const group =
-      remaining->notifier()->serviceMountGroupStatus(groupName);
+  const ServiceMountGroupStatus* const group = remaining->serviceMountGroupStatus();
   if (!group || !isFinal(group->mountState())) return;
   const Orm::ActivityScope scope;
   const String system = systemName;  // may be the remaining switch's own
@@ -383,8 +436,13 @@ Ptr<SystemProcessedSm> MountGroupInitialMountSm::systemProcessedSmIs(
   if (SystemProcessedSm* present = systemProcessedSm_.find(systemName)) return present;
   Ptr<SystemProcessedSm> machine =
       systemProcessedSmFactory(systemName, groupName, systemStatus, processedSwitchSet);
-  // Making it may have been the group's last step, and the end of the machine, or of what is there.
-  if (initialized_ && !systemProcessedSm_.has(systemName)) systemProcessedSm_.insert(machine);
+  // Making it may have been the group's last step, and the end of the machine, or of what is there;
+  // or it has done already what there was to do.
+  const ServiceMountGroupStatus* const group = systemStatus->serviceMountGroupStatus(groupName);
+  const bool isDone = group && group->processed();
+  if (initialized_ && !isDone && !systemProcessedSm_.has(systemName)) {
+    systemProcessedSm_.insert(machine);
+  }
   return machine;
 }
 

@@ -78,23 +78,52 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
     void onClock() override { owner()->handleAttrlogFlushTimer(); }
   };
 
-  /// A switch whose mounts for the group are outstanding: reacts to its group statuses as they
-  /// come and go. Of any group but the machine's own nothing follows but a trace, so that the
-  /// others are left alone while that is off: a service's groups would each watch all of them.
-  class OrmRemainingSwitch final : public Orm::ReactorOn<SystemStatus, MountGroupInitialMountSm>,
+  /// A switch whose mounts for the group are outstanding: reacts to the state of the group on it.
+  /// Watches the group's status and, while the switch has none, the switch's.
+  class OrmRemainingSwitch final : public Orm::Reactor,
                                    private Kobble::Counted<OrmRemainingSwitch> {
+   public:
+    OrmRemainingSwitch(MountGroupInitialMountSm* owner, Orm::Ptr<SystemStatus const> systemStatus);
+
+    const Orm::String& systemName() const { return systemStatus_->name(); }
+    const SystemStatus& systemStatus() const { return *systemStatus_; }
+    /// Null while the switch has none.
+    const ServiceMountGroupStatus* serviceMountGroupStatus() const {
+      if (watched() == systemStatus_.get()) return nullptr;
+      return static_cast<const ServiceMountGroupStatus*>(watched());
+    }
+
+    void onAttribute(Orm::AttributeId attribute, const Orm::Key& key) override;
+    void handleMountState();
+    /// Watches what is to be watched now.
+    void handleServiceMountGroupStatus();
+
+   private:
+    MountGroupInitialMountSm& owner() const {
+      return *static_cast<MountGroupInitialMountSm*>(rawOwner());
+    }
+
+    Orm::Ptr<SystemStatus const> systemStatus_;
+  };
+  static_assert(sizeof(OrmRemainingSwitch) == 40);
+
+  /// Reacts to the states of all other groups on a remaining switch. Nothing follows from them but
+  /// a trace: there is one only where that was on when the switch was found to be remaining, since
+  /// a service's groups would each watch all of them.
+  class OrmOtherGroups final : public Orm::ReactorOn<SystemStatus, MountGroupInitialMountSm>,
+                               private Kobble::Counted<OrmOtherGroups> {
    public:
     /// Reacts to the state of one group on the switch.
     class OrmServiceMountGroupStatus final
-        : public Orm::ReactorOn<ServiceMountGroupStatus, OrmRemainingSwitch>,
+        : public Orm::ReactorOn<ServiceMountGroupStatus, OrmOtherGroups>,
           private Kobble::Counted<OrmServiceMountGroupStatus> {
      public:
-      explicit OrmServiceMountGroupStatus(OrmRemainingSwitch* owner) : ReactorOn(owner) {}
+      explicit OrmServiceMountGroupStatus(OrmOtherGroups* owner) : ReactorOn(owner) {}
       const Orm::String& groupName() const { return notifier()->groupName(); }
       void onAttribute(Orm::AttributeId attribute, const Orm::Key& key) override;
     };
 
-    explicit OrmRemainingSwitch(MountGroupInitialMountSm* owner) : ReactorOn(owner) {}
+    explicit OrmOtherGroups(MountGroupInitialMountSm* owner) : ReactorOn(owner) {}
 
     const Orm::String& systemName() const { return notifier()->name(); }
 
@@ -102,11 +131,9 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
     void handleMountState(const Orm::String& groupName);
     void notificationActiveIs(bool active);
 
-    void serviceMountGroupStatusIs(const Orm::Ptr<ServiceMountGroupStatus const>& status);
-    void serviceMountGroupStatusDel(const Orm::String& groupName) { groups_.take(groupName); }
-
    private:
     void onNotifier() override;
+    void handleServiceMountGroupStatus(const Orm::String& groupName);
 
     Orm::Collection<Orm::Owned<OrmServiceMountGroupStatus>, &OrmServiceMountGroupStatus::groupName>
         groups_;
@@ -151,7 +178,7 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
   // ---- where it stands; for reports
 
   Orm::Ptr<PeerTable> peerTable() const { return oobStatus_ ? oobStatus_->peerTable() : nullptr; }
-  const Orm::Ptr<InitialSwitchSet>& mountGroupInitialSwitchSet() const {
+  const Orm::Ptr<InitialSwitchSet const>& mountGroupInitialSwitchSet() const {
     return mountGroupInitialSwitchSet_;
   }
   const Orm::Ptr<ProcessedSwitchSet>& processedSwitchSetInternal() const {
@@ -171,11 +198,13 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
       Orm::Collection<Orm::Owned<OrmRemainingSwitch>, &OrmRemainingSwitch::systemName>;
   const RemainingSwitches& remainingSwitch() const { return remainingSwitch_; }
   void remainingSwitchIs(const Orm::Ptr<SystemStatus const>& systemStatus);
-  void remainingSwitchDel(const Orm::String& systemName) { remainingSwitch_.take(systemName); }
-  void remainingSwitchDelAll() { remainingSwitch_.clear(); }
+  void remainingSwitchDel(const Orm::String& systemName);
+  void remainingSwitchDelAll();
 
   using SystemProcessedSms =
       Orm::Collection<Orm::Ptr<SystemProcessedSm>, &SystemProcessedSm::systemName>;
+  /// A machine that has put its switch into the set can do nothing more, and goes. That of a switch
+  /// which comes back, and is in the set already, stays.
   const SystemProcessedSms& systemProcessedSm() const { return systemProcessedSm_; }
   Orm::Ptr<SystemProcessedSm> systemProcessedSmIs(
       const Orm::String& systemName, const Orm::String& groupName,
@@ -184,7 +213,7 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
   void systemProcessedSmDel(const Orm::String& systemName) { systemProcessedSm_.take(systemName); }
   void systemProcessedSmDelAll() { systemProcessedSm_.clear(); }
 
-  const Orm::Ptr<InitialSwitchSet>& mountGroupInitialSwitchSetIs();
+  const Orm::Ptr<InitialSwitchSet const>& mountGroupInitialSwitchSetIs();
   const Orm::Ptr<ProcessedSwitchSet>& processedSwitchSetInternalIs();
   void processedSwitchSetIs(const Orm::Ptr<ProcessedSwitchSet>& set) {
     processedSwitchSet_.notifierIs(set);
@@ -198,6 +227,7 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
   void attrlogFlushTimerDel() { attrlogFlushTimer_.notifierIs(nullptr); }
 
  private:
+  Orm::Ptr<InitialSwitchSet const> snapshot() const;
   void flushLocalPassiveEntityLogs();
   bool isLocalPassiveCurrentRoundSyncComplete();
 
@@ -211,10 +241,12 @@ class MountGroupInitialMountSm : public Orm::Sm, private Kobble::Counted<MountGr
   OrmMountClock mountClock_;
   OrmAttrlogFlushTimer attrlogFlushTimer_;
 
-  Orm::Ptr<InitialSwitchSet> mountGroupInitialSwitchSet_;
+  Orm::Ptr<InitialSwitchSet const> mountGroupInitialSwitchSet_;
   Orm::Ptr<ProcessedSwitchSet> processedSwitchSetInternal_;
   SystemProcessedSms systemProcessedSm_;
   RemainingSwitches remainingSwitch_;
+  RemainingSwitches::Hint lastRemaining_ = 0;
+  Orm::Collection<Orm::Owned<OrmOtherGroups>, &OrmOtherGroups::systemName> otherGroups_;
   Orm::Seconds attrlogFlushRemainingTime_ = 0;
   Orm::Seconds completeAt_ = Orm::kNever;
   bool localInitialMountsComplete_ = false;

@@ -17,6 +17,8 @@ class ProcessedSwitchSet : public Orm::CollectionOwner,
   void processedIs(const Orm::String& systemName, bool processed) {
     valueIs(processed_, Attr::processed, systemName, processed);
   }
+  /// Makes room for that many members, for who knows how many will come.
+  void processedReserve(std::uint32_t count) { processed_.reserve(count); }
   void processedDel(const Orm::String& systemName) {
     valueDel(processed_, Attr::processed, systemName);
   }

@@ -1,6 +1,7 @@
 #include "Controllerdb/InitialMountSm/SystemProcessedSm.h"
 
 #include "Controllerdb/InitialMountSm/InitialMountTrace.h"
+#include "Platform/Orm/ActivityScope.h"
 
 namespace Controller {
 
@@ -49,6 +50,7 @@ void SystemProcessedSm::handleServiceMountGroupStatus(const String& groupName) {
   if (groupName != groupName_) return;
   const Ptr<ServiceMountGroupStatus const> status(
       systemStatus_.notifier()->serviceMountGroupStatus(groupName));
+  const Orm::ActivityScope scope;  // a machine whose switch is processed at once is let go
   if (status) groupProcessedSmIs(systemName_, groupName_, status, processedSwitchSet_);
 }
 

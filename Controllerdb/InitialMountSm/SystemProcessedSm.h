@@ -8,8 +8,8 @@ namespace Controller {
 /// Waits for one switch to have a status of one mount group, and then keeps a GroupProcessedSm on
 /// it, for good: a group status that goes and comes back is not followed again.
 ///
-/// A child of MountGroupInitialMountSm while the service has a status for the switch. Loop thread
-/// only.
+/// A child of MountGroupInitialMountSm while the service has a status for the switch, or until the
+/// switch is in the set: then nothing more can follow. Loop thread only.
 class SystemProcessedSm : public Orm::Sm, private Kobble::Counted<SystemProcessedSm> {
  public:
   /// Reacts to the groups of the switch.

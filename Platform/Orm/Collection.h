@@ -181,6 +181,8 @@ class ValueCollection {
     return found ? *found : V();
   }
 
+  /// Makes room for that many values, for who knows how many will come.
+  void reserve(std::uint32_t count) { table_.reserve(count); }
   /// Inserts or overwrites; false when the value was there already. A handle must not be null.
   bool set(const K& key, V value) {
     assertThat(Traits::storable(value), "storable( value )");

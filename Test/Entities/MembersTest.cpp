@@ -102,6 +102,26 @@ TEST(ServiceMountStatusTest, SystemWithoutAStatus_IsFoundOnceItHasOneAndGoesOnce
   EXPECT_FALSE(status->systemStatus("leaf1"));
 }
 
+TEST(SystemStatusTest, GroupStatusThatGoes_TellsOfItselfThatItHasLeft) {
+  const auto system = Orm::make<SystemStatus>("leaf1");
+  const Listener listener(system);
+  for (const char* group : {"first", "second"}) {
+    const auto status = system->serviceMountGroupStatusIs(group);
+    const Listener left(status);
+    system->serviceMountGroupStatusDel("other");
+    EXPECT_EQ(left.told(), 0);
+    if (status->groupName() == "first") {
+      system->serviceMountGroupStatusDel(group);
+      system->serviceMountGroupStatusDel(group);
+    } else {
+      system->serviceMountGroupStatusDelAll();
+    }
+    EXPECT_EQ(left.told(), 1);
+  }
+  EXPECT_EQ(listener.told(), 4);
+  EXPECT_TRUE(system->serviceMountGroupStatus().empty());
+}
+
 TEST(OobStatusTest, ClientStatusThatIsThere_IsGivenAgainUnlessItsSystemDiffers) {
   const auto status = Orm::make<ControllerOob::Status>();
   const auto client = status->clientStatusIs(kFirst, kA);

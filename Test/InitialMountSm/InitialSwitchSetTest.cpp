@@ -36,6 +36,25 @@ TEST(InitialSwitchSetTest, Changes_AreToldToNobody) {
   EXPECT_EQ(recorder.told(), 0U);
 }
 
+TEST(InitialSwitchSetTest, Snapshot_HasThePeersInTheirOrder) {
+  const Pomix::IpAddrPort address(Pomix::IpAddr::fromV4(0x0a000001), 1);
+  const auto table = Orm::make<PeerTable>();
+  const auto set = Orm::make<InitialSwitchSet>();
+  EXPECT_TRUE(set->isSnapshotOf(*table));
+  table->peerIs(kLeaf2, address);
+  table->peerIs(kLeaf1, address);
+  EXPECT_FALSE(set->isSnapshotOf(*table));
+  set->snapshotIs(*table);
+  EXPECT_TRUE(set->complete());
+  EXPECT_TRUE(set->initialSwitch().value(kLeaf1));
+  EXPECT_TRUE(set->initialSwitch().value(kLeaf2));
+  EXPECT_TRUE(set->isSnapshotOf(*table));
+  table->peerDel(kLeaf2);
+  EXPECT_FALSE(set->isSnapshotOf(*table));
+  table->peerIs(kLeaf2, address);
+  EXPECT_FALSE(set->isSnapshotOf(*table));
+}
+
 TEST(InitialSwitchSetTest, Complete_StartsFalse) {
   const auto set = Orm::make<InitialSwitchSet>();
   EXPECT_FALSE(set->complete());

@@ -85,6 +85,33 @@ TEST_F(MountGroupInitialMountSmTest, GroupAddedAfterThePeriod_TakesItsSnapshotAt
   EXPECT_EQ(group().mountGroupInitialSwitchSet()->initialSwitch().size(), 1U);
 }
 
+TEST_F(MountGroupInitialMountSmTest, GroupsThatSeeTheSamePeers_ShareTheSnapshot) {
+  topology_.group("other");
+  startWith({kLeaf1, kLeaf2});
+  topology_.group("late");
+  const auto& shared = group().mountGroupInitialSwitchSet();
+  EXPECT_EQ(groupSm(kService, "other")->mountGroupInitialSwitchSet(), shared);
+  EXPECT_EQ(groupSm(kService, "late")->mountGroupInitialSwitchSet(), shared);
+  // The same peers in another order are looked at in another order.
+  peerGoes(kLeaf1);
+  peerComes(kLeaf1);
+  topology_.group("later");
+  const auto& own = groupSm(kService, "later")->mountGroupInitialSwitchSet();
+  EXPECT_NE(own, shared);
+  EXPECT_EQ(own->initialSwitch().size(), 2U);
+  EXPECT_EQ((*own->initialSwitch().begin()).key, systemId(kLeaf2));
+  EXPECT_EQ((*shared->initialSwitch().begin()).key, systemId(kLeaf1));
+}
+
+TEST_F(MountGroupInitialMountSmTest, SwitchOfTheSnapshotThatIsNoPeerNow_CanBeRemaining) {
+  startWith({kLeaf1, kLeaf2});
+  owes(kLeaf1);
+  peerGoes(kLeaf1);
+  owes(kLeaf2);
+  EXPECT_TRUE(isRemaining(kLeaf1));
+  EXPECT_TRUE(isRemaining(kLeaf2));
+}
+
 TEST_F(MountGroupInitialMountSmTest, NoPeerTable_SnapshotIsEmptyAndTheGroupCompletes) {
   startInitialMounts();
   peerComes(kLeaf1);

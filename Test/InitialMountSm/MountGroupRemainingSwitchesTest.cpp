@@ -83,10 +83,33 @@ TEST_F(MountGroupRemainingSwitchesTest, OtherGroups_AreNotWatchedWhileTheTraceIs
   const ServiceMountGroupStatus& before = InitialMountFixture::status(kLeaf1, kService, "before");
   owes(kLeaf1);
   EXPECT_EQ(before.notifieeCount(), 0U);
-  EXPECT_EQ(status(kLeaf1).notifieeCount(), 2U);  // as a remaining switch, and for processing
+  EXPECT_EQ(status(kLeaf1).notifieeCount(), 1U);
   EXPECT_EQ(InitialMountFixture::status(kLeaf1, kService, "late").notifieeCount(), 0U);
+  EXPECT_EQ(mountStatusOf(kService).systemStatus(kLeaf1)->notifieeCount(), 0U);
+}
+
+TEST_F(MountGroupRemainingSwitchesTest, OtherGroups_AreWatchedWhileTheTraceIsOn) {
+  startWith({kLeaf1});
+  const ServiceMountGroupStatus& before = InitialMountFixture::status(kLeaf1, kService, "before");
   traceIs(8);
-  EXPECT_EQ(InitialMountFixture::status(kLeaf1, kService, "later").notifieeCount(), 1U);
+  owes(kLeaf1);
+  EXPECT_EQ(before.notifieeCount(), 1U);
+  const ServiceMountGroupStatus& late = InitialMountFixture::status(kLeaf1, kService, "late");
+  EXPECT_EQ(late.notifieeCount(), 1U);
+  reports(kLeaf1, MountState::mounted);
+  EXPECT_EQ(before.notifieeCount(), 0U);
+  EXPECT_EQ(late.notifieeCount(), 0U);
+}
+
+TEST_F(MountGroupRemainingSwitchesTest, OtherGroupThatGoesAndComesBack_IsWatchedAgain) {
+  startWith({kLeaf1});
+  const Orm::Ptr<ServiceMountGroupStatus> gone(
+      &InitialMountFixture::status(kLeaf1, kService, "other"));
+  traceIs(8);
+  owes(kLeaf1);
+  mountStatusOf(kService).systemStatus(kLeaf1)->serviceMountGroupStatusDel("other");
+  EXPECT_EQ(gone->notifieeCount(), 0U);
+  EXPECT_EQ(InitialMountFixture::status(kLeaf1, kService, "other").notifieeCount(), 1U);
 }
 
 TEST_F(MountGroupRemainingSwitchesTest, AllRemainingSwitches_AreLookedAtTogether) {
@@ -108,8 +131,8 @@ TEST_F(MountGroupRemainingSwitchesTest, AllRemainingSwitches_AreLookedAtTogether
 
 TEST_F(MountGroupRemainingSwitchesTest, GroupStatusThatComesToARemainingSwitch_IsFollowed) {
   startWith({kLeaf1});
-  owes(kLeaf1);
   traceIs(8);
+  owes(kLeaf1);
   InitialMountFixture::status(kLeaf1, kService, "new").mountStateIs(MountState::mounting);
   expectTrace(8, "MountGroupInitialMountSm::handleMountState02:00:00:00:00:01 new");
 }
@@ -131,14 +154,39 @@ TEST_F(MountGroupRemainingSwitchesTest, GroupStatusThatGoesAndComesBack_IsFollow
 TEST_F(MountGroupRemainingSwitchesTest, GroupStatusReplacedUnderARemainingSwitch_NewOneIsFollowed) {
   startWith({kLeaf1});
   owes(kLeaf1);
-  MountGroupInitialMountSm::OrmRemainingSwitch& remaining = *group().remainingSwitch().find(kLeaf1);
-  const Orm::Ptr<ServiceMountGroupStatus const> present(&status(kLeaf1));
-  remaining.serviceMountGroupStatusIs(present);  // the same again changes nothing
-  EXPECT_EQ(present->notifieeCount(), 2U);       // this one and what tracks processing
-  const auto other = Orm::make<ServiceMountGroupStatus>(kGroup);
-  remaining.serviceMountGroupStatusIs(other);
-  EXPECT_EQ(present->notifieeCount(), 1U);
-  EXPECT_EQ(other->notifieeCount(), 1U);
+  SystemStatus& system = *mountStatusOf(kService).systemStatus(kLeaf1);
+  const Orm::Ptr<ServiceMountGroupStatus> gone(system.serviceMountGroupStatus(kGroup));
+  EXPECT_EQ(gone->notifieeCount(), 1U);
+  EXPECT_EQ(system.notifieeCount(), 0U);
+  system.serviceMountGroupStatusDelAll();
+  EXPECT_EQ(gone->notifieeCount(), 0U);
+  EXPECT_EQ(system.notifieeCount(), 1U);
+  InitialMountFixture::status(kLeaf1, kService, "other");
+  EXPECT_EQ(system.notifieeCount(), 1U);
+  EXPECT_EQ(status(kLeaf1).notifieeCount(), 1U);
+  EXPECT_EQ(system.notifieeCount(), 0U);
+}
+
+/// Of two groups that both wait for the switch, the first to wait hears first, also of a status
+/// that came since.
+TEST_F(MountGroupRemainingSwitchesTest, GroupStatusThatComesBackWhileTraced_IsHeardInTheOldOrder) {
+  topology_.group("second");
+  startWith({kLeaf1});
+  traceIs(8);
+  owes(kLeaf1);
+  InitialMountFixture::owes(kLeaf1, kService, "second");
+  mountStatusOf(kService).systemStatus(kLeaf1)->serviceMountGroupStatusDel(kGroup);
+  status(kLeaf1);
+  traces().clear();
+  reports(kLeaf1, MountState::mounting);
+  EXPECT_THAT(traced(8),
+              ElementsAre("MountGroupInitialMountSm::handleMountState02:00:00:00:00:01 default",
+                          "MountGroupInitialMountSm::handleMountState02:00:00:00:00:01 default"));
+  traces().clear();
+  reports(kLeaf1, MountState::mounted);
+  EXPECT_EQ(traced(8).at(1), "MountGroupInitialMountSm::checkSwitchMountsPending");
+  EXPECT_EQ(traced(8).back(),
+            "MountGroupInitialMountSm::handleMountState02:00:00:00:00:01 default");
 }
 
 TEST_F(MountGroupRemainingSwitchesTest,

@@ -45,7 +45,7 @@ TEST_F(ServiceInitialMountSmTest, LeaderThatChanges_RemovesTheMachinesAndMakesNe
   topology.group("inventory");
   startInitialMounts();
   ASSERT_EQ(groups("Topology"), 2U);
-  const Orm::Ptr<InitialSwitchSet> snapshot(
+  const Orm::Ptr<InitialSwitchSet const> snapshot(
       groupSm("Topology", "default")->mountGroupInitialSwitchSet());
   leaderIs("gen-2");
   EXPECT_EQ(groups("Topology"), 0U);

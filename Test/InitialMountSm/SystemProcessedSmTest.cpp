@@ -157,6 +157,39 @@ TEST_F(SystemProcessedSmTest, GroupMachineTakenAway_IsMadeAgainForTheStatusThatI
   EXPECT_TRUE(isProcessed(kLeaf1));
 }
 
+TEST_F(SystemProcessedSmTest, SwitchThatIsProcessed_IsNotWatchedAnyMore) {
+  startInitialMounts();
+  status(kLeaf1);
+  ASSERT_NE(systemSm(kLeaf1), nullptr);
+  status(kLeaf1).processedIs(true);
+  EXPECT_EQ(systemSm(kLeaf1), nullptr);
+  EXPECT_EQ(status(kLeaf1).notifieeCount(), 0U);
+  EXPECT_TRUE(isProcessed(kLeaf1));
+}
+
+TEST_F(SystemProcessedSmTest, SwitchThatIsProcessedBefore_LeavesNoMachine) {
+  status(kLeaf1).processedIs(true);
+  startInitialMounts();
+  EXPECT_TRUE(isProcessed(kLeaf1));
+  EXPECT_EQ(systemSm(kLeaf1), nullptr);
+  EXPECT_EQ(status(kLeaf1).notifieeCount(), 0U);
+}
+
+TEST_F(SystemProcessedSmTest, ProcessedSwitchThatComesBack_IsTracedAgain) {
+  startInitialMounts();
+  status(kLeaf1).processedIs(true);
+  mountStatusOf(kService).systemStatusDel(kLeaf1);
+  traceIs(8);
+  status(kLeaf1).processedIs(true);
+  EXPECT_NE(systemSm(kLeaf1), nullptr);
+  EXPECT_THAT(traced(8),
+              ElementsAre("void Controller::MountGroupInitialMountSm::handleSystemStatus(const "
+                          "String&): 02:00:00:00:00:01 default exists=true",
+                          "void Controller::SystemProcessedSm::handleInitialized(): ",
+                          "void Controller::GroupProcessedSm::handleProcessed(): systemName: "
+                          "02:00:00:00:00:01, groupName: default"));
+}
+
 TEST_F(SystemProcessedSmTest, NotificationSwitchedOff_NothingIsSeen) {
   startInitialMounts();
   status(kLeaf1);
@@ -191,7 +224,8 @@ TEST_F(SystemProcessedSmTest, SystemStatusTakenAwayAndBackByTheReport_LeavesOneM
   }
   EXPECT_FALSE(first);
   EXPECT_TRUE(isComplete(kService, kGroup));
-  EXPECT_EQ(group().systemProcessedSm().size(), 2U);
+  EXPECT_EQ(group().systemProcessedSm().size(), 1U);  // the other switch's has gone before
+  EXPECT_NE(systemSm(kLeaf1), nullptr);
   EXPECT_EQ(elsewhere->notifieeCount(), 0U);
 }
 

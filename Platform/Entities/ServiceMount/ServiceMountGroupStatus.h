@@ -15,7 +15,7 @@ class ServiceMountGroupStatus : public Orm::CollectionOwner,
                                 private Kobble::Counted<ServiceMountGroupStatus> {
  public:
   struct Attr {
-    enum : Orm::AttributeId { mountStatus, mountState, processed };
+    enum : Orm::AttributeId { mountStatus, mountState, processed, left };
   };
   using MountStatuses = Orm::Collection<Orm::Ptr<MountStatus>, &MountStatus::path>;
 
@@ -53,6 +53,12 @@ class ServiceMountGroupStatus : public Orm::CollectionOwner,
   void processedIs(bool processed) { assign(processed_, processed, Attr::processed); }
 
  private:
+  friend class SystemStatus;
+
+  /// It is no longer a member of its system status. Who follows the group and not just this status
+  /// looks there from now on.
+  void leaveSystem() const { notify(Attr::left); }
+
   Orm::String groupName_;
   MountStatuses mountStatus_;
   MountStateCounts counts_;

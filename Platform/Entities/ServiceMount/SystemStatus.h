@@ -29,10 +29,17 @@ class SystemStatus : public Orm::CollectionOwner, private Kobble::Counted<System
                     Orm::make<ServiceMountGroupStatus>(groupName));
   }
   void serviceMountGroupStatusDel(const Orm::String& groupName) {
-    memberDel(groupStatus_, Attr::serviceMountGroupStatus, groupName);
+    const Orm::Ptr<ServiceMountGroupStatus> gone = groupStatus_.take(groupName);
+    if (!gone) return;
+    const Orm::Ptr<SystemStatus> self(this);
+    gone->leaveSystem();
+    notify(Attr::serviceMountGroupStatus, gone->groupName());
   }
   void serviceMountGroupStatusDelAll() {
-    memberDelAll(groupStatus_, Attr::serviceMountGroupStatus);
+    const Orm::Ptr<SystemStatus> self(this);
+    groupStatus_.walk([this](const ServiceMountGroupStatus& group) {
+      serviceMountGroupStatusDel(group.groupName());
+    });
   }
 
  private:
