@@ -25,15 +25,12 @@ std::vector<std::uint32_t> deadlines(std::uint32_t from, std::uint64_t seed) {
 class Zorb {
  public:
   Zorb() {
-    for (std::uint32_t at = 0; at != kTimers; ++at) {
-      timers_.push_back(std::make_unique<Timer>(&fired_));
-      timers_.back()->notifierIs(clock_);
-    }
+    for (std::uint32_t at = 0; at != kTimers; ++at) timers_[at].notifierIs(clock_);
     fired_ = 0;
   }
-  void arm(std::uint32_t timer, std::uint32_t ms) { timers_[timer]->timeMinIs(ms * 1e-3); }
+  void arm(std::uint32_t timer, std::uint32_t ms) { timers_[timer].timeMinIs(ms * 1e-3); }
   void move(std::uint32_t timer, std::uint32_t ms) { arm(timer, ms); }
-  void cancel(std::uint32_t timer) { timers_[timer]->timeMinIs(Orm::kNever); }
+  void cancel(std::uint32_t timer) { timers_[timer].timeMinIs(Orm::kNever); }
   std::size_t fireAll() {
     loop_.run(1e6);
     return fired_;
@@ -42,16 +39,16 @@ class Zorb {
  private:
   class Timer final : public Orm::ClockReactor<std::size_t> {
    public:
-    explicit Timer(std::size_t* fired) : ClockReactor(fired) {}
+    Timer() : ClockReactor(&fired_) {}
 
    private:
     void onClock() override { ++*owner(); }
   };
 
-  std::size_t fired_ = 0;
+  static inline std::size_t fired_ = 0;
   Orm::Ptr<Orm::Clock> clock_ = Orm::make<Orm::Clock>(std::make_unique<Orm::VirtualTime>(0));
   Orm::ActivityLoop loop_{clock_};
-  std::vector<std::unique_ptr<Timer>> timers_;
+  std::vector<Timer> timers_ = std::vector<Timer>(kTimers);
 };
 
 /// Rings of timers by their time; all operations O(1), the order within a ring is lost.
