@@ -1,5 +1,7 @@
 #include "Platform/Orm/Clock.h"
 
+#include <utility>
+
 #include "Platform/Orm/ActivityScope.h"
 
 namespace Orm {
@@ -10,71 +12,63 @@ Clock::~Clock() { assertThat(heap_.empty(), "heap_.empty()"); }
 
 std::uint32_t Clock::armedTimers() const {
   std::uint32_t armed = 0;
-  heap_.walk([&armed](const ClockTimer& timer) { armed += timer.isArmed() ? 1 : 0; });
+  heap_.walk([&armed](const ClockTimer& timer) { armed += timer.hasTick() ? 1 : 0; });
   return armed;
 }
 
 Due Clock::nextDue() {
-  const ClockTimer* const first = settledFirst();
+  const auto* const first = heap_.first();
   if (!first) return {};
-  return {first->place_.tick, kOrdinaryRank, first->place_.sequence};
+  return {first->tick, kOrdinaryRank, first->sequence};
 }
 
 void Clock::runNext() {
-  ClockTimer* const first = settledFirst();
+  const auto* const first = heap_.first();
   if (!first) return;
-  heap_.remove(*first);
-  first->placeTime_ = kNever;
-  first->dueTime_ = first->timeMin_;
-  first->timeMin_ = kNever;
+  ClockTimer& timer = *first->timer;
+  heap_.remove(timer);
+  timer.dueTime_ = timer.timeMin_;
+  timer.timeMin_ = kNever;
   const ActivityScope scope;
-  first->onFired();
+  if (!timer.isDeleted() && timer.hasNotificationActive() && timer.rawOwner()) timer.onClock();
 }
 
-/// The timer that fires next, null when there is none: those that were moved to a later time or
-/// disarmed since they were queued are put where they belong.
-ClockTimer* Clock::settledFirst() {
-  while (ClockTimer* const first = heap_.first()) {
-    if (first->sequence_ == first->place_.sequence && first->timeMin_ != kNever) return first;
-    heap_.remove(*first);
-    first->placeTime_ = kNever;
-    first->queue(tickOf(first->timeMin_));
-  }
-  return nullptr;
+ClockTimer::~ClockTimer() {
+  if (isQueued()) notifier()->heap_.remove(*this);
 }
-
-ClockTimer::~ClockTimer() { clockIs(nullptr); }
 
 void ClockTimer::move(Seconds time) {
-  const Tick tick = tickOf(time);
-  if (tick == kNeverTick) dueTime_ = dueTime();
-  timeMin_ = time;
-  if (!clock_) return;
-  sequence_ = Clock::nextSequence();
-  if (placeTime_ == kNever) {
-    queue(tick);
-  } else if (tick < place_.tick) {
-    place_ = {tick, sequence_};
-    placeTime_ = time;
-    clock_->heap_.movedUp(*this);
+  if (time == timeMin()) return;
+  if (!(time <= kLastTime)) {  // what is not a number too
+    dueTime_ = dueTime();
+    timeMin_ = time;
+    if (std::isnan(time)) timeMin_ = kNever;
+  } else if (notifier()) {
+    queue(time);
+  } else {
+    timeMin_ = kWaiting;
+    dueTime_ = time;
   }
 }
 
-void ClockTimer::queue(Tick tick) {
-  if (tick == kNeverTick) return;
-  place_ = {tick, sequence_};
-  placeTime_ = timeMin_;
-  clock_->heap_.push(*this);
+inline void ClockTimer::queue(Seconds time) {
+  timeMin_ = time;
+  sequence_ = Clock::nextSequence();
+  if (isQueued()) {
+    notifier()->heap_.moved(*this);
+  } else {
+    notifier()->heap_.push(*this);
+  }
 }
 
-void ClockTimer::clockIs(Clock* clock) {
-  if (clock == clock_) return;
-  if (placeTime_ != kNever) clock_->heap_.remove(*this);
-  placeTime_ = kNever;
-  clock_ = clock;
-  if (!clock_ || timeMin_ == 0) return;
-  sequence_ = Clock::nextSequence();
-  queue(tickOf(timeMin_));
+void ClockTimer::notifierIs(const Ptr<Clock>& clock) {
+  if (clock.get() == notifier()) return;
+  if (isQueued()) notifier()->heap_.remove(*this);
+  if (hasTick()) dueTime_ = std::exchange(timeMin_, kWaiting);
+  watchedIs(clock);
+  if (!clock) return;
+  if (isWaiting() && dueTime_ != 0) queue(dueTime_);
+  if (!isDeleted() && rawOwner()) onClock();
 }
 
 }  // namespace Orm

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -18,9 +19,9 @@ class ClockTimer;
 /// The process's clock: the current time, and the wake-up times of all reactors on it.
 ///
 /// One exists per activity manager and is shared by all machines; each reactor on it (ClockReactor)
-/// has a wake-up time of its own. Loop thread only. Arming, disarming and moving a wake-up cost
-/// O(1), to a later time little more than noting it; firing costs O(log n) of the armed timers,
-/// amortised.
+/// has a wake-up time of its own. Loop thread only. Arming, disarming and moving a wake-up to a
+/// later time only note it: what that costs, O(log n) of the armed timers at most, is paid when the
+/// wake-up is near, or for one that was armed, when the loop asks what is due next.
 class Clock : public Entity, public ActivitySource, private Kobble::Counted<Clock> {
  public:
   explicit Clock(std::unique_ptr<TimeSource> time);
@@ -34,7 +35,8 @@ class Clock : public Entity, public ActivitySource, private Kobble::Counted<Cloc
   /// smaller number comes first.
   static std::uint64_t nextSequence() { return sequence_++; }
 
-  std::uint32_t armedTimers() const;  // O(n); for tests and checks
+  /// How many timers are to fire. O(n); for tests and checks.
+  std::uint32_t armedTimers() const;
   /// Calls visit(const ClockTimer*) for each timer that stands in the queue: those that are armed,
   /// and those that were disarmed before they surfaced. For checks, which ask whether it is alive:
   /// each is handed over before it is looked at.
@@ -49,103 +51,86 @@ class Clock : public Entity, public ActivitySource, private Kobble::Counted<Cloc
  private:
   friend class ClockTimer;
 
-  ClockTimer* settledFirst();
-
   std::unique_ptr<TimeSource> time_;
-  TimerHeap<ClockTimer> heap_;
+  mutable TimerHeap<ClockTimer> heap_;  // timers come and go as notifiees do
 
   static inline constinit std::uint64_t sequence_ = 0;
 };
 
 /// The part of a clock reactor that the clock knows: its wake-up time.
-class ClockTimer {
+class ClockTimer : public Reactor {
  public:
-  ClockTimer(const ClockTimer&) = delete;
-  ClockTimer& operator=(const ClockTimer&) = delete;
+  /// The clock, null while there is none.
+  const Clock* notifier() const { return static_cast<const Clock*>(watched()); }
+  /// Points the timer at another clock, to which it carries its wake-up time over, and calls
+  /// onClock(); the same clock changes nothing.
+  void notifierIs(const Ptr<Clock>& clock);
 
   /// The wake-up time: 0 when it was never set; kNever while disarmed, also when the timer has
   /// fired and its handler has not armed it again.
-  Seconds timeMin() const { return timeMin_; }
-  /// Fires at `time`, or in the next turn of the loop when that has passed; kNever disarms. The
-  /// value that is there already changes nothing. Of equal times the one set first fires first.
+  Seconds timeMin() const { return isWaiting() ? dueTime_ : timeMin_; }
+  /// Fires at `time`, or in the next turn of the loop when that has passed; kNever disarms, and so
+  /// does what is not a number. The value that is there already changes nothing. Of equal times the
+  /// one set first fires first.
   void timeMinIs(Seconds time) {
-    if (time == timeMin_) return;
-    if (time >= placeTime_ && time <= kLastTime) {
+    if (time > timeMin_ && time <= kLastTime) {
       // It stands at an earlier place; there it is seen that the wake-up was moved.
       timeMin_ = time;
       sequence_ = Clock::nextSequence();
-    } else if (time == kNever && timeMin_ <= kLastTime) {
+    } else if (time == kNever && hasTick()) {
       dueTime_ = timeMin_;
       timeMin_ = kNever;
     } else {
       move(time);
     }
   }
-  bool isArmed() const { return timeMin_ <= std::numeric_limits<Seconds>::max(); }
+  bool isArmed() const { return timeMin() <= std::numeric_limits<Seconds>::max(); }
   /// The wake-up time that fired last, or is still ahead: what a handler that was called prints.
-  Seconds dueTime() const { return tickOf(timeMin_) != kNeverTick ? timeMin_ : dueTime_; }
+  Seconds dueTime() const { return hasTick() ? timeMin_ : dueTime_; }
 
- protected:
-  ClockTimer() = default;
-  ~ClockTimer();
-
-  virtual void onFired() = 0;
-  void clockIs(Clock* clock);
-
- private:
-  friend class Clock;
-  friend class TimerHeap<ClockTimer>;
-
-  static constexpr Seconds kLastTime = 9e12;  // about: it has a tick, and so has all before it
-
-  /// The order of the heap.
-  struct Place {
-    Tick tick;
-    std::uint64_t sequence;
-    bool before(const Place& other) const {
-      return tick != other.tick ? tick < other.tick : sequence < other.sequence;
-    }
-  };
-
-  void move(Seconds time);
-  void queue(Tick tick);
-
-  // First what moving to a later time needs.
-  Seconds timeMin_ = 0;
-  // The wake-up time when it was queued; kNever when it is not. A wake-up that was moved to a later
-  // time or disarmed stands at its old place until that comes up.
-  Seconds placeTime_ = kNever;
-  std::uint64_t sequence_ = 0;
-  Clock* clock_ = nullptr;
-  Seconds dueTime_ = 0;  // while timeMin_ has no tick
-  Place place_{};
-  ClockTimer* child_ = nullptr;
-  ClockTimer* next_ = nullptr;
-  ClockTimer* previous_ = nullptr;
-};
-
-/// A reactor of an Owner on the clock, with a wake-up time of its own. Pointing it at another
-/// clock carries the wake-up time over. Going disarms.
-template <class Owner>
-class ClockReactor : public ReactorOn<Clock, Owner>, public ClockTimer {
- public:
-  void notifierIs(const Ptr<Clock>& clock) {
-    clockIs(clock.get());
-    ReactorOn<Clock, Owner>::notifierIs(clock);
-  }
   void onAttribute(AttributeId, const Key&) override {}
 
  protected:
-  using ReactorOn<Clock, Owner>::ReactorOn;
+  explicit ClockTimer(void* owner) : Reactor(owner) {}
+  ~ClockTimer() override;
 
   /// The clock reached the wake-up time, or the reactor was pointed at a clock.
   virtual void onClock() = 0;
 
  private:
-  void onFired() final {
-    if (!this->isDeleted() && this->hasNotificationActive() && this->owner()) onClock();
-  }
-  void onNotifier() final { onClock(); }
+  friend class Clock;
+  friend class TimerHeap<ClockTimer>;
+
+  static constexpr Seconds kLastTime = 9223372036854.773;  // of those that have a tick
+  // Nothing is later than what is not a number.
+  static constexpr Seconds kWaiting = std::numeric_limits<Seconds>::quiet_NaN();
+
+  /// Never set, or armed without a clock.
+  bool isWaiting() const { return std::isnan(timeMin_); }
+  /// Armed, to fire some day. Such a timer stands in the clock's queue.
+  bool hasTick() const { return timeMin_ <= kLastTime; }
+  Tick tick() const { return tickOf(timeMin_); }
+  bool isQueued() const { return index_ != TimerHeap<ClockTimer>::kNowhere; }
+  void move(Seconds time);
+  void queue(Seconds time);
+
+  // The wake-up time, or kWaiting; it is then in dueTime_.
+  Seconds timeMin_ = kWaiting;
+  union {
+    std::uint64_t sequence_;  // while hasTick()
+    Seconds dueTime_ = 0;     // else
+  };
+  ClockTimer* nextPushed_ = nullptr;
+  std::uint32_t index_ = TimerHeap<ClockTimer>::kNowhere;
+};
+
+/// A reactor of an Owner on the clock, with a wake-up time of its own. Going disarms.
+template <class Owner>
+class ClockReactor : public ClockTimer {
+ protected:
+  explicit ClockReactor(Owner* owner) : ClockTimer(owner) {}
+
+  Owner* owner() const { return static_cast<Owner*>(rawOwner()); }
 };
 
 }  // namespace Orm

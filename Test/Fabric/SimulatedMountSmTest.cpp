@@ -30,22 +30,22 @@ std::string timeText(Orm::Seconds processTime) {
 }
 
 /// Fires once at a time, writes its name down and does what the test says.
-class Timer final : public Orm::ClockTimer {
+class Timer final : public Orm::ClockReactor<Lines> {
  public:
   Timer(const Ptr<Orm::Clock>& clock, Lines& lines, std::string name)
-      : lines_(lines), name_(std::move(name)) {
-    clockIs(clock.get());
+      : ClockReactor(&lines), name_(std::move(name)) {
+    notifierIs(clock);
   }
 
   void onFiredIs(std::function<void()> action) { action_ = std::move(action); }
 
  private:
-  void onFired() override {
-    lines_.push_back(name_);
+  void onClock() override {
+    if (timeMin() == 0) return;  // it was pointed at the clock, and has not been armed yet
+    owner()->push_back(name_);
     if (action_) action_();
   }
 
-  Lines& lines_;
   std::string name_;
   std::function<void()> action_;
 };

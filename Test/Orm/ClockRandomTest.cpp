@@ -21,13 +21,17 @@ class ClockRandomTest : public testing::TestWithParam<std::uint32_t> {
   struct Entry {
     std::unique_ptr<Alarm> alarm;
     Orm::Seconds time = 0;
+    Orm::Seconds dueTime = 0;
     std::uint64_t sequence = 0;
+    bool onClock = true;
   };
+
+  static constexpr Orm::Seconds kFarAway = 1e300;  // a time that the clock does not live to see
 
   std::uint32_t pick(std::uint32_t end) { return static_cast<std::uint32_t>(random_()) % end; }
 
   bool due(const Entry& entry) const {
-    return entry.alarm && entry.time > 0 && entry.time < kNever;
+    return entry.alarm && entry.onClock && entry.time > 0 && entry.time < kFarAway;
   }
 
   /// The entry that must fire next, null when none is armed.
@@ -45,12 +49,29 @@ class ClockRandomTest : public testing::TestWithParam<std::uint32_t> {
 
   void change(Entry& entry) {
     // Few different times, so that many are equal; quarters, so that they are exact.
-    const std::uint32_t dice = pick(10);
-    const Orm::Seconds time = dice == 0 ? kNever : clock_->now() + pick(12) * 0.25;
+    const std::uint32_t dice = pick(20);
+    const Orm::Seconds time = dice < 2    ? kNever
+                              : dice == 2 ? kFarAway
+                                          : clock_->now() + pick(12) * 0.25;
     entry.alarm->timeMinIs(time);
-    if (time == entry.time) return;
-    entry.time = time;
+    if (time != entry.time) {
+      entry.time = time;
+      entry.sequence = ++sequence_;
+      if (time < kFarAway) entry.dueTime = time;
+    }
+    ASSERT_EQ(entry.alarm->timeMin(), entry.time);
+    ASSERT_EQ(entry.alarm->dueTime(), entry.dueTime);
+  }
+
+  /// Takes it off the clock, or puts it on the clock again.
+  void point(Entry& entry) {
+    entry.onClock = !entry.onClock;
     entry.sequence = ++sequence_;
+    pointed_ = entry.onClock ? &entry : nullptr;
+    entry.alarm->notifierIs(entry.onClock ? clock_ : nullptr);
+    ASSERT_EQ(pointed_, nullptr);
+    ASSERT_EQ(entry.alarm->timeMin(), entry.time);
+    ASSERT_EQ(entry.alarm->dueTime(), entry.dueTime);
   }
 
   void create(Entry& entry) {
@@ -62,6 +83,10 @@ class ClockRandomTest : public testing::TestWithParam<std::uint32_t> {
 
   /// In the handler of an entry: it is the expected one, and does something itself.
   void fired(Entry& entry, Alarm& alarm) {
+    if (&entry == pointed_) {
+      pointed_ = nullptr;
+      return;
+    }
     ASSERT_EQ(&entry, expected_);
     ASSERT_EQ(alarm.timeMin(), kNever);
     ASSERT_EQ(alarm.dueTime(), entry.time);
@@ -79,6 +104,8 @@ class ClockRandomTest : public testing::TestWithParam<std::uint32_t> {
       create(entry);
     } else if (pick(12) == 0) {
       entry.alarm = nullptr;
+    } else if (pick(12) == 0) {
+      point(entry);
     } else {
       change(entry);
     }
@@ -97,7 +124,8 @@ class ClockRandomTest : public testing::TestWithParam<std::uint32_t> {
   Orm::ActivityLoop loop_{clock_};
   std::vector<Entry> entries_{60};
   std::uint64_t sequence_ = 0;
-  Entry* expected_ = nullptr;
+  Entry* expected_ = nullptr;  // to fire
+  Entry* pointed_ = nullptr;   // to be called as it is put on the clock
   Orm::Seconds before_ = 0;
 };
 

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <memory>
 #include <string>
@@ -19,6 +20,9 @@ using Orm::kNever;
 using Orm::Ptr;
 using OrmTest::Alarm;
 using testing::ElementsAre;
+
+static_assert(sizeof(Orm::ClockReactor<OrmTest::Sleeper>) == 64,
+              "a timer of a machine takes a cache line");
 
 class ClockTest : public testing::Test {
  protected:
@@ -138,6 +142,30 @@ TEST_F(ClockTest, TimesThatAreNoTimes_DoNotFire) {
   EXPECT_EQ(alarm.fired(), 0);
 }
 
+TEST_F(ClockTest, WhatIsNotANumber_Disarms) {
+  Alarm alarm(clock_, 20);
+  alarm.timeMinIs(std::numeric_limits<double>::quiet_NaN());
+  EXPECT_EQ(alarm.timeMin(), kNever);
+  EXPECT_EQ(alarm.dueTime(), 20);
+  run();
+  EXPECT_EQ(alarm.fired(), 0);
+}
+
+TEST_F(ClockTest, TheLastTimeThatHasATick_IsDueAndTheNextIsNot) {
+  Alarm alarm(clock_, 20);
+  const double beyond = 9223372036854.775;  // times a million rounds to 2 to the 63rd
+  const double last = std::nextafter(beyond, 0);
+  alarm.timeMinIs(beyond);
+  EXPECT_EQ(alarm.dueTime(), 20);
+  EXPECT_TRUE(clock_->nextDue().never());
+  alarm.timeMinIs(last);
+  EXPECT_EQ(alarm.dueTime(), last);
+  EXPECT_EQ(clock_->nextDue().tick, Orm::tickOf(last));
+  EXPECT_LT(clock_->nextDue().tick, Orm::kNeverTick);
+  alarm.timeMinIs(beyond);
+  EXPECT_TRUE(clock_->nextDue().never());
+}
+
 TEST_F(ClockTest, EqualTimes_FireInTheOrderOfArming) {
   const auto c = alarm(20, "c");
   const auto a = alarm(20, "a");
@@ -247,6 +275,31 @@ TEST_F(ClockTest, DestroyedWhileQueued_DoesNotFire) {
   EXPECT_EQ(log_, "apgmdsj") << "by time, then by arming";
 }
 
+TEST_F(ClockTest, ArmedMovedDisarmedAndDestroyedBeforeTheLoopAsks_WhatIsLeftFires) {
+  const auto a = alarm(20, "a");
+  auto b = alarm(15, "b");
+  const auto c = alarm(30, "c");
+  const auto d = alarm(16, "d");
+  c->timeMinIs(18);
+  a->timeMinIs(25);
+  d->timeMinIs(kNever);
+  EXPECT_EQ(clock_->armedTimers(), 3U);
+  b = nullptr;
+  EXPECT_EQ(clock_->armedTimers(), 2U);
+  d->timeMinIs(18);
+  run();
+  EXPECT_EQ(log_, "cda");
+}
+
+TEST_F(ClockTest, DisarmedAndDestroyedBeforeTheLoopAsks_LeavesNothing) {
+  auto a = alarm(20, "a");
+  const auto b = alarm(21, "b");
+  a->timeMinIs(kNever);
+  a = nullptr;
+  run();
+  EXPECT_EQ(log_, "b");
+}
+
 TEST_F(ClockTest, OneTimersHandlerDestroysAnotherOfTheSameTime) {
   auto victim = std::unique_ptr<Alarm>();
   const Alarm killer(clock_, 20, [&](Alarm&) { victim = nullptr; });
@@ -329,6 +382,38 @@ TEST_F(ClockTest, ArmedBeforeItHasAClock_FiresOnTheOneThatItGets) {
   EXPECT_EQ(alarm.fired(), 1);
   run();
   EXPECT_EQ(alarm.fired(), 2);
+}
+
+TEST_F(ClockTest, WithoutAClock_TheTimeReadsAsItWasSet) {
+  Alarm alarm;
+  for (const Orm::Seconds time : {20.0, 30.0, 25.0}) {
+    alarm.timeMinIs(time);
+    EXPECT_EQ(alarm.timeMin(), time);
+    EXPECT_EQ(alarm.dueTime(), time);
+    EXPECT_TRUE(alarm.isArmed());
+  }
+  for (const Orm::Seconds time : {1e300, kNever}) {
+    alarm.timeMinIs(time);
+    EXPECT_EQ(alarm.timeMin(), time);
+    EXPECT_EQ(alarm.dueTime(), 25);
+  }
+  alarm.notifierIs(clock_);
+  run();
+  EXPECT_EQ(alarm.fired(), 1) << "when it was pointed at the clock";
+}
+
+TEST_F(ClockTest, ArmedWithoutAClockForEqualTimes_FireInTheOrderOfPointing) {
+  Alarm a;
+  Alarm b;
+  a.handlerIs([this](Alarm&) { log_ += "a"; });
+  b.handlerIs([this](Alarm&) { log_ += "b"; });
+  a.timeMinIs(20);
+  b.timeMinIs(20);
+  b.notifierIs(clock_);
+  a.notifierIs(clock_);
+  log_.clear();
+  run();
+  EXPECT_EQ(log_, "ba");
 }
 
 TEST_F(ClockTest, PointedAtAnotherClock_CarriesTheTimeOver) {
