@@ -72,8 +72,8 @@ void leave(const char* text, const char* file, int line) {
 void closeScopes() {
   report = nullptr;
   Orm::assertionHandlerIs(&leave);
-  // Stands for it: all that a scope holds is whether it is the outermost.
-  alignas(Orm::ActivityScope) std::byte place[sizeof(Orm::ActivityScope)] = {std::byte{1}};
+  // Stands for it: all that a scope holds is whether it stands within another.
+  alignas(Orm::ActivityScope) std::byte place[sizeof(Orm::ActivityScope)] = {std::byte{0}};
   static_assert(sizeof place == sizeof(bool));
   setjmp(wayOut);
   while (Orm::ActivityScope::active()) {
