@@ -57,7 +57,9 @@ class Clock : public Entity, public ActivitySource, private Kobble::Counted<Cloc
   static inline constinit std::uint64_t sequence_ = 0;
 };
 
-/// The part of a clock reactor that the clock knows: its wake-up time.
+/// What a clock knows of a reactor on it: its wake-up time. A member of a machine, as ClockReactor;
+/// loop thread only. It takes a cache line, so that setting the time, which machines do with every
+/// report, touches no other.
 class ClockTimer : public Reactor {
  public:
   /// The clock, null while there is none.
@@ -111,7 +113,9 @@ class ClockTimer : public Reactor {
   bool hasTick() const { return timeMin_ <= kLastTime; }
   Tick tick() const { return tickOf(timeMin_); }
   bool isQueued() const { return index_ != TimerHeap<ClockTimer>::kNowhere; }
+  /// Any change but those that only note the wish.
   void move(Seconds time);
+  /// Makes `time` the wake-up time, and the timer stand in the clock's queue no later than then.
   void queue(Seconds time);
 
   // The wake-up time, or kWaiting; it is then in dueTime_.
