@@ -16,44 +16,31 @@ namespace Kobble {
 
 namespace {
 
+constexpr std::size_t kCacheLine = 64;
+
 const TypeRecord* firstRecord = nullptr;
 
-// Chunks stay reachable so that leak checkers see them as what they are.
-struct Chunk {
+// Chunks stay reachable so that leak checkers see them as what they are. They begin with a cache
+// line, so that slots whose size divides one lie in one each.
+struct alignas(kCacheLine) Chunk {
   Chunk* next;
-  Chunk* padding;  // keeps slots of a multiple of 16 bytes aligned to 16
 };
-static_assert(sizeof(Chunk) % 16 == 0 && sizeof(detail::Slot) <= kStep);
 Chunk* firstChunk = nullptr;
 
-detail::FreeSlots setAside{};                               // while slabs are off
-std::array<std::size_t, detail::FreeSlots().size()> cut{};  // slots that there are of each class
-std::size_t bytesElsewhere = 0;                             // in use, but not in slabs
-
-std::size_t freeSlotsOf(std::size_t index) {
-  std::size_t count = 0;
-  for (detail::Slot* slot = detail::freeSlots[index]; slot; ++count) {
-    if constexpr (detail::kPoison) detail::unpoison(slot, sizeof(detail::Slot));
-    detail::Slot* const next = slot->next;
-    if constexpr (detail::kPoison) detail::poison(slot, sizeof(detail::Slot));
-    slot = next;
-  }
-  return count;
-}
+detail::FreeSlotsByClass setAside;               // while slabs are off
+std::array<std::size_t, setAside.size()> cut{};  // slots that there are of each class
+std::size_t bytesElsewhere = 0;                  // in use, but not in slabs
 
 void refill(std::size_t index) {
-  auto* chunk = static_cast<Chunk*>(::operator new(kChunkSize));
+  auto* chunk = static_cast<Chunk*>(::operator new (kChunkSize, std::align_val_t{alignof(Chunk)}));
   chunk->next = firstChunk;
   firstChunk = chunk;
   auto* const slots = reinterpret_cast<char*>(chunk + 1);
   const std::size_t size = index * kStep;
   // From the back, so that slots are handed out in the order of their addresses.
   for (std::size_t at = (kChunkSize - sizeof(Chunk)) / size * size; at >= size; at -= size) {
-    auto* slot = reinterpret_cast<detail::Slot*>(slots + at - size);
-    slot->next = detail::freeSlots[index];
-    detail::freeSlots[index] = slot;
+    deallocate(slots + at - size, size);
     ++cut[index];
-    if constexpr (detail::kPoison) detail::poison(slot, size);
   }
 }
 
@@ -106,7 +93,7 @@ std::size_t bytesInUse() {
   std::size_t bytes = bytesElsewhere;
   if (!detail::enabled) return bytes;
   for (std::size_t index = 1; index != cut.size(); ++index) {
-    bytes += (cut[index] - freeSlotsOf(index)) * index * kStep;
+    bytes += (cut[index] - detail::freeSlots[index].count(index * kStep)) * index * kStep;
   }
   return bytes;
 }

@@ -7,6 +7,8 @@
 #include <typeinfo>
 #include <vector>
 
+#include "Platform/Kobble/FreeSlots.h"
+
 /// The slab allocator of entities, machines and reactors, with counts of live objects per type.
 ///
 /// Memory comes in chunks that are cut into slots of one size class (8-byte steps) and go back to
@@ -30,36 +32,22 @@ std::size_t bytesInUse();
 
 namespace detail {
 
-struct Slot {
-  Slot* next;
-};
+/// By size class; there are none while slabs are off.
+using FreeSlotsByClass = std::array<FreeSlots, kLargestSlot / kStep + 1>;
 
-/// The free slots of each size class; of none while slabs are off.
-using FreeSlots = std::array<Slot*, kLargestSlot / kStep + 1>;
-
-inline constinit FreeSlots freeSlots{};
+inline constinit FreeSlotsByClass freeSlots{};
 inline constinit bool enabled = ZORB_SLABS != 0;
 
 void* slowAllocate(std::size_t size);
 void slowDeallocate(void* block, std::size_t size) noexcept;
 
-// Under AddressSanitizer a slot is poisoned while it is free.
-#if defined(__SANITIZE_ADDRESS__)
-#define KOBBLE_POISONS 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KOBBLE_POISONS 1
-#endif
-#endif
-#ifndef KOBBLE_POISONS
-#define KOBBLE_POISONS 0
-#endif
 inline constexpr bool kPoison = KOBBLE_POISONS != 0;
 
 void poison(void* block, std::size_t size) noexcept;
 void unpoison(void* block, std::size_t size) noexcept;
 
 constexpr std::size_t classOf(std::size_t size) { return (size + kStep - 1) / kStep; }
+constexpr std::size_t slotSize(std::size_t size) { return classOf(size) * kStep; }
 
 /// Whether blocks of `size` bytes come from slabs while they are on; those of no bytes do not.
 constexpr bool fitsSlot(std::size_t size) { return size - 1 < kLargestSlot; }
@@ -71,11 +59,9 @@ constexpr bool fitsSlot(std::size_t size) { return size - 1 < kLargestSlot; }
 /// operator new.
 inline void* allocate(std::size_t size) {
   if (detail::fitsSlot(size)) [[likely]] {
-    const std::size_t index = detail::classOf(size);
-    if (detail::Slot* const slot = detail::freeSlots[index]) [[likely]] {
-      if constexpr (detail::kPoison) detail::unpoison(slot, index * kStep);
-      detail::freeSlots[index] = slot->next;
-      __builtin_prefetch(slot->next);  // the next one to go, which may lie anywhere
+    if (void* const slot = detail::freeSlots[detail::classOf(size)].take(detail::slotSize(size)))
+        [[likely]] {
+      if constexpr (detail::kPoison) detail::unpoison(slot, detail::slotSize(size));
       return slot;
     }
   }
@@ -85,11 +71,8 @@ inline void* allocate(std::size_t size) {
 /// Gives back a block; `size` is the size it was asked for with.
 inline void deallocate(void* block, std::size_t size) noexcept {
   if (detail::fitsSlot(size) && detail::enabled) [[likely]] {
-    const std::size_t index = detail::classOf(size);
-    auto* const slot = static_cast<detail::Slot*>(block);
-    slot->next = detail::freeSlots[index];
-    detail::freeSlots[index] = slot;
-    if constexpr (detail::kPoison) detail::poison(block, index * kStep);
+    detail::freeSlots[detail::classOf(size)].give(block, detail::slotSize(size));
+    if constexpr (detail::kPoison) detail::poison(block, detail::slotSize(size));
     return;
   }
   detail::slowDeallocate(block, size);

@@ -183,6 +183,42 @@ TEST_F(KobbleSlabsTest, Deallocate_TheNextBlockOfTheSameClassTakesTheSlot) {
   Kobble::deallocate(sameClass, 24);
 }
 
+TEST_F(KobbleSlabsTest, Allocate_TheBlockThatCameBackLastGoesFirst) {
+  constexpr std::size_t kBlocks = 1000;
+  std::mt19937 random(4);
+  for (const std::size_t size : {8U, 16U, 40U, 56U, 64U, 72U, 256U, 512U}) {
+    std::vector<void*> blocks(kBlocks);
+    for (void*& block : blocks) block = Kobble::allocate(size);
+    std::shuffle(blocks.begin(), blocks.end(), random);
+    for (void* const block : blocks) {
+      std::memset(block, 0xff, size);  // what was in it is not taken for what is kept there
+      Kobble::deallocate(block, size);
+    }
+    // Some come and go where one page ends and another begins, too.
+    for (std::size_t out = 1; out <= 70; ++out) {
+      for (std::size_t at = 0; at != out; ++at) {
+        ASSERT_EQ(Kobble::allocate(size), blocks[kBlocks - 1 - at]) << size;
+      }
+      for (std::size_t at = out; at-- != 0;) Kobble::deallocate(blocks[kBlocks - 1 - at], size);
+    }
+    for (std::size_t at = kBlocks; at-- != 0;) {
+      ASSERT_EQ(Kobble::allocate(size), blocks[at]) << size;
+    }
+    for (void* const block : blocks) Kobble::deallocate(block, size);
+  }
+}
+
+TEST_F(KobbleSlabsTest, Allocate_SlotsThatDivideACacheLineLieInOneEach) {
+  for (const std::size_t size : {8U, 16U, 32U, 64U}) {
+    std::vector<void*> blocks(3 * Kobble::kChunkSize / size);
+    for (void*& block : blocks) {
+      block = Kobble::allocate(size);
+      ASSERT_EQ(reinterpret_cast<std::uintptr_t>(block) % size, 0U) << size;
+    }
+    for (void* const block : blocks) Kobble::deallocate(block, size);
+  }
+}
+
 TEST_F(KobbleSlabsTest, Allocate_FreshSlotsLieOneBehindTheOther) {
   // Slots that were freed come first, in any order; then those of a fresh chunk.
   constexpr std::size_t kSize = 480;
