@@ -126,6 +126,14 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   /// Every peer; nothing before the machine is initialized.
   void handleSwitchConnection();
   void handleNamedSwitchConnection(const Orm::String& systemName);
+  /// Fetches the mount from a system into the caches. Called for all entries that are about to
+  /// decide it: each has its mount elsewhere, and so the waits for them overlap.
+  void fetchMount(const SystemId& systemId) const {
+    const OrmMountSmDataSm* const mount = mountSmDataSm_.probable(systemId, lastMount_);
+    if (!mount) return;
+    __builtin_prefetch(mount->notifier());
+    __builtin_prefetch(mount->mountSm().get());
+  }
   void handleMountTimeout();
   /// A mounter's group has other filters than before.
   void handleMounterFilters();

@@ -204,6 +204,7 @@ void MountsRegistrySm::handleSwitchConnection(const SystemId& systemId) {
 
 void MountsRegistrySm::handleSwitchConnection(const Connection& connection) {
   REGISTRY_TRACE(8, "MountsRegistrySm::", "handleSwitchConnection", " ", connection.name);
+  for (const auto& entry : mountsRegistryEntrySm_) entry->fetchMount(connection.systemId);
   mountsRegistryEntrySm_.walk(
       [&](MountsRegistryEntrySm& entry) { entry.handleSwitchConnection(connection); });
   publishRegistryEntrySm_.walk(

@@ -101,6 +101,13 @@ class Collection {
     const Handle* slot = table_.findAt(hint, key);
     return slot ? slot->get() : nullptr;
   }
+  /// The member that most probably has the key, and the hint leads to it; null when there is
+  /// probably none, or so few that they would have to be looked at. Looks at no member: for who is
+  /// about to ask many collections for one key, and fetches what they will have to read.
+  Member* probable(const Key& key, Hint& hint) const {
+    const Handle* slot = table_.probable(key, hint);
+    return slot ? slot->get() : nullptr;
+  }
   bool has(const Key& key) const { return table_.find(key) != nullptr; }
 
   /// Puts in a member whose key is absent.

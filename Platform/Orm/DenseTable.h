@@ -63,6 +63,15 @@ class DenseTable {
     return isAt(hint, key) ? slots_ + hint : nullptr;
   }
 
+  /// The member that most probably has the key, and the hint leads to it; null, and nowhere, when
+  /// the index knows of none. No member is looked at: who is about to look for one key in many
+  /// tables asks all of them first, so that the waits for what they have to read overlap.
+  Slot* probable(const Key& key, Hint& hint) const {
+    if (!index_) return nullptr;
+    hint = isWide() ? placeIn<false>(wide(), key) : placeIn<false>(narrow(), key);
+    return hint == kNowhere ? nullptr : slots_ + hint;
+  }
+
   /// Appends a slot whose key is absent; one that is present stops the process.
   Slot& insert(Slot slot) {
     if (used_ == capacity_) makeRoom();
@@ -159,7 +168,7 @@ class DenseTable {
   /// another mostly does it in the order in which they came, as a walk over all peers does in the
   /// tables of every entry.
   [[gnu::noinline]] Slot* search(const Key& key, Hint& hint) const {
-    const std::uint32_t at = isAt(hint + 1, key) ? hint + 1 : place(key);
+    const std::uint32_t at = hint != kNowhere && isAt(hint + 1, key) ? hint + 1 : place(key);
     if (at == kNowhere) return nullptr;
     hint = at;
     return slots_ + at;
@@ -233,11 +242,14 @@ class DenseTable {
       }
       return kNowhere;
     }
-    return isWide() ? placeInWide(key) : placeIn(narrow(), key);
+    return isWide() ? placeInWide(key) : placeIn<true>(narrow(), key);
   }
-  [[gnu::noinline]] std::uint32_t placeInWide(const Key& key) const { return placeIn(wide(), key); }
+  [[gnu::noinline]] std::uint32_t placeInWide(const Key& key) const {
+    return placeIn<true>(wide(), key);
+  }
 
-  template <class Entry>
+  /// `looks`: at the member, whether it has the key; else the first that may have it is taken.
+  template <bool looks, class Entry>
   std::uint32_t placeIn(const Entry* index, const Key& key) const {
     const std::uint32_t low = mask();
     const std::uint32_t known = knownOf(Traits::hash(key), index);
@@ -246,7 +258,7 @@ class DenseTable {
       if (entry == 0) return kNowhere;
       if ((entry ^ known) <= low) {
         const std::uint32_t at = (entry & low) - 1;
-        if (Traits::live(slots_[at]) && Traits::key(slots_[at]) == key) return at;
+        if (Traits::live(slots_[at]) && (!looks || Traits::key(slots_[at]) == key)) return at;
       }
     }
   }

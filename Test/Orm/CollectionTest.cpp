@@ -341,6 +341,50 @@ TEST(CollectionTest, InsertWithAHint_FindsTheMemberAtOnce) {
   EXPECT_EQ(&last, things.find("last", hint));
 }
 
+TEST(CollectionTest, Probable_IsMostlyTheMemberAndLeadsThere) {
+  for (const int count : {30, 100, 2000, 10'000}) {
+    Things things;
+    fill(things, count);
+    for (int number = 0; number < count; number += 3) things.take(nameOf(number));
+    for (int number = 0; number < count; number += 6) {
+      things.insert(Orm::make<Thing>(nameOf(number)));  // again, beside the place it had
+    }
+    int others = 0;
+    for (int number = 0; number != count; ++number) {
+      Things::Hint hint = 0;
+      const Thing* const probable = things.probable(nameOf(number), hint);
+      const Thing* const present = things.find(nameOf(number));
+      ASSERT_TRUE(probable || !present) << number;
+      if (probable) {
+        ASSERT_EQ(probable, things.findAt(hint, probable->name()));
+      }
+      if (probable != present) ++others;
+      ASSERT_EQ(present, things.find(nameOf(number), hint)) << number;
+      ASSERT_EQ(present != nullptr, static_cast<bool>(things.take(nameOf(number), hint)));
+      if (present) things.insert(Orm::make<Thing>(nameOf(number)));
+    }
+    EXPECT_LT(others, count / 5 + 3) << count;
+  }
+}
+
+TEST(CollectionTest, Probable_OfFewMembersIsNoneAndChangesNothing) {
+  Things things;
+  fill(things, 8);
+  Things::Hint hint = 5;
+  EXPECT_FALSE(things.probable(nameOf(5), hint));
+  EXPECT_TRUE(things.findAt(hint, nameOf(5)));
+}
+
+TEST(CollectionTest, Probable_ThatThereIsNoneDoesNotHideOneThatComes) {
+  Things things;
+  fill(things, 20);
+  Things::Hint hint = 3;
+  EXPECT_FALSE(things.probable("late", hint));
+  EXPECT_FALSE(things.find("late", hint));
+  const Thing& late = things.insert(Orm::make<Thing>("late"));
+  EXPECT_EQ(&late, things.find("late", hint));
+}
+
 TEST(CollectionDeathTest, Insert_UnderAKeyThatIsThereStopsTheProcess) {
   for (const int count : {3, 8, 9, 12, 30}) {  // also when the index is made, or made larger
     Things things;
