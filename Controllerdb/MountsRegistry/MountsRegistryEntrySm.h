@@ -127,7 +127,8 @@ class MountsRegistryEntrySm : public Orm::Sm, private Kobble::Counted<MountsRegi
   void handleSwitchConnection();
   void handleNamedSwitchConnection(const Orm::String& systemName);
   /// Fetches the mount from a system into the caches. Called for all entries that are about to
-  /// decide it: each has its mount elsewhere, and so the waits for them overlap.
+  /// decide it: each has its mount elsewhere, and so the waits for them overlap. O(1), decides
+  /// nothing.
   void fetchMount(const SystemId& systemId) const {
     const OrmMountSmDataSm* const mount = mountSmDataSm_.probable(systemId, lastMount_);
     if (!mount) return;

@@ -26,7 +26,8 @@ namespace Kobble::detail {
 /// they are used up. So the next to go are known without a look at them. Smaller slots make a list
 /// all the same: of them a page would hold too few to be worth the branch.
 ///
-/// `size` is always that of the class, in bytes, which are whole words.
+/// One a size class, owned by the allocator and called by nothing else; loop thread only. Taking
+/// and giving are O(1). `size` is always that of the class, in bytes, which are whole words.
 class FreeSlots {
  public:
   constexpr FreeSlots() = default;
@@ -56,8 +57,8 @@ class FreeSlots {
 
  private:
   using Word = std::uintptr_t;
-  static constexpr std::size_t kLeastPage = 64;
-  static constexpr Word kBelow = 1;  // marks a page's first word
+  static constexpr std::size_t kLeastPage = 64;  // bytes, a cache line
+  static constexpr Word kBelow = 1;              // marks a page's first word
 
   static bool isList(std::size_t size) { return size < kLeastPage; }
 

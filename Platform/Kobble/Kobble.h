@@ -12,9 +12,9 @@
 /// The slab allocator of entities, machines and reactors, with counts of live objects per type.
 ///
 /// Memory comes in chunks that are cut into slots of one size class (8-byte steps) and go back to
-/// a free list of that class: a get and a put are a few instructions, objects of a kind lie
-/// together, and there is no header per object. Chunks are kept for the life of the process.
-/// Larger blocks go to the system's allocator. Loop thread only.
+/// the free slots of that class (FreeSlots): a get and a put are a few instructions, objects of a
+/// kind lie together, and there is no header per object. Chunks are kept for the life of the
+/// process. Larger blocks go to the system's allocator. Loop thread only.
 namespace Kobble {
 
 inline constexpr std::size_t kStep = 8;               // bytes between size classes
